@@ -1,0 +1,160 @@
+#pragma once
+
+#include "api/cache.h"
+#include "api/conversion.h"
+#include "controller/parsing/requestparser.h"
+
+#include <climits>
+
+/// What the exported functions do, one template for each family of them.
+namespace tarnelLib::api
+{
+
+/// A text as a client passes it.
+struct ClientText {
+    const unsigned short *units;
+    unsigned int length;
+
+    [[nodiscard]] bool isValid() const { return length <= INT_MAX && (units != nullptr || length == 0); }
+    [[nodiscard]] std::u16string_view view() const { return {reinterpret_cast<const char16_t *>(units), length}; }
+};
+
+/// The one way into the library: takes the lock, refuses when no cache is running, and lets no exception out.
+template <class Operation>
+unsigned int withController(Operation &&operation) noexcept
+{
+    Result result = Result::NotAvailable;
+    try {
+        const CacheAccess access;
+        if (controller::Controller *controller = access.controller())
+            result = operation(*controller);
+    } catch (const std::bad_alloc &) {
+        result = Result::AllocationFailed;
+    } catch (...) {
+        result = Result::NotAvailable;
+    }
+    return static_cast<unsigned int>(result);
+}
+
+/// Where a result can be handed out: the client's pointer is there and null.
+template <class Api>
+bool isFree(Api *const *out)
+{
+    return out != nullptr && *out == nullptr;
+}
+
+template <class Record>
+Result handOut(controller::ApiOf<Record> **out, std::optional<Record> &&record)
+{
+    if (!record)
+        return Result::NotAvailable;
+    *out = toApiStruct(std::move(*record));
+    return Result::Success;
+}
+
+template <class Record>
+Result handOut(controller::ApiOf<Record> **out, unsigned int *count, std::vector<Record> &&records)
+{
+    const auto size = static_cast<unsigned int>(records.size());
+    *out = toApiStructs(std::move(records));
+    *count = size;
+    return Result::Success;
+}
+
+template <class Record>
+unsigned int addItems(ClientText text) noexcept
+{
+    return withController([&](controller::Controller &controller) {
+        if (!text.isValid())
+            return Result::InvalidArgument;
+        std::vector<Record> records;
+        const Result parsed = controller::parseAddItems(text.view(), records);
+        return parsed == Result::Success ? controller.add(records) : parsed;
+    });
+}
+
+template <class Record>
+unsigned int getItem(controller::ApiOf<Record> **out, unsigned int id) noexcept
+{
+    return withController([&](controller::Controller &controller) {
+        if (!isFree(out))
+            return Result::InvalidArgument;
+        std::optional<Record> record;
+        const Result read = controller.get(record, id);
+        return read == Result::Success ? handOut(out, std::move(record)) : read;
+    });
+}
+
+template <class Record>
+unsigned int getItems(controller::ApiOf<Record> **out, unsigned int *count) noexcept
+{
+    return withController([&](controller::Controller &controller) {
+        if (!isFree(out) || count == nullptr)
+            return Result::InvalidArgument;
+        std::vector<Record> records;
+        const Result read = controller.get(records);
+        return read == Result::Success ? handOut(out, count, std::move(records)) : read;
+    });
+}
+
+template <class Record>
+unsigned int getItemsWithParams(controller::ApiOf<Record> **out, unsigned int *count, ClientText field,
+                                ClientText value) noexcept
+{
+    return withController([&](controller::Controller &controller) {
+        if (!isFree(out) || count == nullptr || !field.isValid() || !value.isValid())
+            return Result::InvalidArgument;
+        std::vector<Record> records;
+        const Result read = controller.get(records, field.view(), value.view());
+        return read == Result::Success ? handOut(out, count, std::move(records)) : read;
+    });
+}
+
+template <class Record>
+unsigned int updateItem(controller::ApiOf<Record> **out, ClientText text) noexcept
+{
+    return withController([&](controller::Controller &controller) {
+        if (!isFree(out) || !text.isValid())
+            return Result::InvalidArgument;
+        std::optional<Record> record;
+        if (const Result parsed = controller::parseAddOrUpdateItem(text.view(), record); parsed != Result::Success)
+            return parsed;
+        const Result updated = controller.update(record);
+        return updated == Result::Success ? handOut(out, std::move(record)) : updated;
+    });
+}
+
+template <class Record>
+unsigned int deleteItem(ClientText text) noexcept
+{
+    return withController([&](controller::Controller &controller) {
+        if (!text.isValid())
+            return Result::InvalidArgument;
+        quint32 id = 0;
+        const Result parsed = controller::parseDelete<Record>(text.view(), id);
+        return parsed == Result::Success ? controller.deleteItem<Record>(id) : parsed;
+    });
+}
+
+template <class Record>
+unsigned int freeItem(controller::ApiOf<Record> *structure) noexcept
+{
+    if (structure == nullptr)
+        return TARNEL_INVALID_ARGUMENT;
+    freeStructure<Record>(*structure);
+    std::free(structure);
+    return TARNEL_SUCCESS;
+}
+
+template <class Record>
+unsigned int freeItems(controller::ApiOf<Record> *structures, unsigned int count) noexcept
+{
+    if (structures == nullptr || count == 0)
+        return TARNEL_INVALID_ARGUMENT;
+    for (unsigned int i = 0; i < count; ++i)
+        freeStructure<Record>(structures[i]);
+    std::free(structures);
+    return TARNEL_SUCCESS;
+}
+
+} // namespace tarnelLib::api

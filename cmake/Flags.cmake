@@ -1,0 +1,15 @@
+# What every target of the project is compiled with.
+add_library(tarnelFlags INTERFACE)
+target_compile_options(tarnelFlags INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror
+    $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor;-Woverloaded-virtual>)
+if(TARNEL_SANITIZE)
+    add_compile_options(-fsanitize=${TARNEL_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+    add_link_options(-fsanitize=${TARNEL_SANITIZE})
+endif()
+
+function(tarnel_strict target)
+    target_link_libraries(${target} PRIVATE tarnelFlags)
+    set_target_properties(${target} PROPERTIES
+        C_VISIBILITY_PRESET hidden CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+endfunction()

@@ -1,0 +1,179 @@
+#include "controller/storage/statement.h"
+
+#include <QCoreApplication>
+
+#include <sqlite3.h>
+
+#include <limits>
+#include <new>
+#include <string>
+
+namespace tarnelLib::controller
+{
+
+QString driverErrorText(sqlite3 *connection, const char *attempt)
+{
+    const auto *message = static_cast<const char16_t *>(sqlite3_errmsg16(connection));
+    return QString::fromUtf16(message) + QLatin1Char(' ') + QCoreApplication::translate("QSQLiteResult", attempt);
+}
+
+Statement::~Statement()
+{
+    sqlite3_finalize(m_handle);
+}
+
+bool Statement::prepare(sqlite3 *connection, const std::string &sql)
+{
+    m_connection = connection;
+    const int code = sqlite3_prepare_v3(connection, sql.c_str(), static_cast<int>(sql.size() + 1),
+                                        SQLITE_PREPARE_PERSISTENT, &m_handle, nullptr);
+    if (code == SQLITE_OK)
+        return true;
+    keepError(code, "Unable to execute statement");
+    return false;
+}
+
+void Statement::bind(int position, quint32 value)
+{
+    keepBindError(sqlite3_bind_int64(m_handle, position, value));
+}
+
+void Statement::bind(int position, qint32 value)
+{
+    keepBindError(sqlite3_bind_int64(m_handle, position, value));
+}
+
+void Statement::bind(int position, quint8 value)
+{
+    keepBindError(sqlite3_bind_int(m_handle, position, value));
+}
+
+void Statement::bind(int position, bool value)
+{
+    keepBindError(sqlite3_bind_int(m_handle, position, value ? 1 : 0));
+}
+
+void Statement::bind(int position, quint64 value)
+{
+    if (value <= std::numeric_limits<qint64>::max()) {
+        keepBindError(sqlite3_bind_int64(m_handle, position, static_cast<qint64>(value)));
+        return;
+    }
+    // Beyond SQLite's integers: as decimal text, of which the column's affinity makes the nearest floating-point
+    // number.
+    const std::string digits = std::to_string(value);
+    keepBindError(
+        sqlite3_bind_text(m_handle, position, digits.data(), static_cast<int>(digits.size()), SQLITE_TRANSIENT));
+}
+
+void Statement::bind(int position, double value)
+{
+    keepBindError(sqlite3_bind_double(m_handle, position, value));
+}
+
+void Statement::bind(int position, std::u16string_view value)
+{
+    // A view of nothing may have no address, which SQLite would take for NULL.
+    const char16_t *units = value.empty() ? u"" : value.data();
+    keepBindError(sqlite3_bind_text64(m_handle, position, reinterpret_cast<const char *>(units),
+                                      value.size() * sizeof(char16_t), SQLITE_STATIC, SQLITE_UTF16));
+}
+
+void Statement::bindNull(int position)
+{
+    keepBindError(sqlite3_bind_null(m_handle, position));
+}
+
+Statement::Step Statement::step()
+{
+    if (!isPrepared())
+        return Step::Failed;
+    if (m_bindError != SQLITE_OK) {
+        keepError(m_bindError, "Unable to bind parameters");
+        return Step::Failed;
+    }
+    const int code = sqlite3_step(m_handle);
+    if (code == SQLITE_ROW)
+        return Step::Row;
+    if (code == SQLITE_DONE)
+        return Step::Done;
+    keepError(code, "Unable to fetch row");
+    return Step::Failed;
+}
+
+bool Statement::isNull(int column) const
+{
+    return sqlite3_column_type(m_handle, column) == SQLITE_NULL;
+}
+
+void Statement::read(int column, quint32 &value) const
+{
+    value = static_cast<quint32>(sqlite3_column_int64(m_handle, column));
+}
+
+void Statement::read(int column, qint32 &value) const
+{
+    value = static_cast<qint32>(sqlite3_column_int64(m_handle, column));
+}
+
+void Statement::read(int column, quint8 &value) const
+{
+    value = static_cast<quint8>(sqlite3_column_int64(m_handle, column));
+}
+
+void Statement::read(int column, bool &value) const
+{
+    value = sqlite3_column_int64(m_handle, column) != 0;
+}
+
+void Statement::read(int column, quint64 &value) const
+{
+    if (sqlite3_column_type(m_handle, column) != SQLITE_FLOAT) {
+        value = static_cast<quint64>(sqlite3_column_int64(m_handle, column));
+        return;
+    }
+    constexpr double beyond = 18446744073709551616.0; // 2^64
+    const double held = sqlite3_column_double(m_handle, column);
+    if (held >= beyond)
+        value = std::numeric_limits<quint64>::max();
+    else
+        value = held > 0 ? static_cast<quint64>(held) : 0;
+}
+
+void Statement::read(int column, double &value) const
+{
+    value = sqlite3_column_double(m_handle, column);
+}
+
+void Statement::read(int column, std::optional<Text> &value) const
+{
+    const auto *units = static_cast<const char16_t *>(sqlite3_column_text16(m_handle, column));
+    if (units != nullptr)
+        value.emplace(
+            std::u16string_view(units, static_cast<std::size_t>(sqlite3_column_bytes16(m_handle, column)) / 2));
+    else if (!isNull(column))
+        throw std::bad_alloc();
+}
+
+void Statement::reset()
+{
+    m_bindError = SQLITE_OK;
+    if (!isPrepared())
+        return;
+    sqlite3_reset(m_handle);
+    sqlite3_clear_bindings(m_handle);
+}
+
+void Statement::keepBindError(int code)
+{
+    if (m_bindError == SQLITE_OK)
+        m_bindError = code;
+}
+
+void Statement::keepError(int code, const char *attempt)
+{
+    m_errorCode = code;
+    m_errorText = driverErrorText(m_connection, attempt);
+}
+
+} // namespace tarnelLib::controller

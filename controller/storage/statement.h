@@ -1,0 +1,112 @@
+#pragma once
+
+#include "controller/entities/text.h"
+
+#include <QString>
+
+#include <optional>
+#include <string_view>
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+namespace tarnelLib::controller
+{
+
+/// The text that Qt's SQLite driver gives for the connection's last error; `attempt` is the driver's word for what
+/// was tried.
+QString driverErrorText(sqlite3 *connection, const char *attempt);
+
+/// One prepared statement of the connection: bound by position, stepped through, and used again.
+///
+/// A failure to prepare or to bind shows at the next step, so that a caller has one place to look.
+/// Texts are bound without a copy and must live until the statement is reset.
+class Statement
+{
+public:
+    Statement() = default;
+    Statement(const Statement &) = delete;
+    Statement &operator=(const Statement &) = delete;
+    ~Statement();
+
+    /// Prepares the statement to be kept; false leaves the reason in `errorText`.
+    bool prepare(sqlite3 *connection, const std::string &sql);
+    [[nodiscard]] bool isPrepared() const { return m_handle != nullptr; }
+
+    void bind(int position, quint32 value);
+    void bind(int position, qint32 value);
+    void bind(int position, quint8 value);
+    void bind(int position, bool value);
+    void bind(int position, quint64 value);
+    void bind(int position, double value);
+    void bind(int position, std::u16string_view value);
+    void bind(int position, const Text &value) { bind(position, value.view()); }
+    void bindNull(int position);
+    template <class Value>
+    void bind(int position, const std::optional<Value> &value)
+    {
+        if (value)
+            bind(position, *value);
+        else
+            bindNull(position);
+    }
+
+    enum class Step { Row, Done, Failed };
+    [[nodiscard]] Step step();
+
+    /// The result code and the text of the step that failed.
+    [[nodiscard]] int errorCode() const { return m_errorCode; }
+    [[nodiscard]] const QString &errorText() const { return m_errorText; }
+
+    [[nodiscard]] bool isNull(int column) const;
+    void read(int column, quint32 &value) const;
+    void read(int column, qint32 &value) const;
+    void read(int column, quint8 &value) const;
+    void read(int column, bool &value) const;
+    void read(int column, quint64 &value) const;
+    void read(int column, double &value) const;
+    void read(int column, std::optional<Text> &value) const;
+    template <class Value>
+    void read(int column, std::optional<Value> &value) const
+    {
+        if (!isNull(column))
+            read(column, value.emplace());
+    }
+
+    /// Ends a use of the statement: closes its cursor, which is a lock on the file, and lets go of what was bound.
+    void reset();
+
+private:
+    void keepBindError(int code);
+    void keepError(int code, const char *attempt);
+
+    sqlite3_stmt *m_handle = nullptr;
+    sqlite3 *m_connection = nullptr;
+    int m_bindError = 0;
+    int m_errorCode = 0;
+    QString m_errorText;
+};
+
+/// One use of a kept statement, which is reset when the use ends.
+class Query
+{
+public:
+    explicit Query(Statement &statement) : m_statement(&statement) {}
+    Query(Query &&other) noexcept : m_statement(std::exchange(other.m_statement, nullptr)) {}
+    Query(const Query &) = delete;
+    Query &operator=(const Query &) = delete;
+    Query &operator=(Query &&) = delete;
+    ~Query()
+    {
+        if (m_statement != nullptr)
+            m_statement->reset();
+    }
+
+    Statement *operator->() const { return m_statement; }
+    Statement &operator*() const { return *m_statement; }
+
+private:
+    Statement *m_statement;
+};
+
+} // namespace tarnelLib::controller
