@@ -78,8 +78,7 @@ public:
         return writeItem([&] { return removeItem<Record>(id); });
     }
 
-public Q_SLOTS:
-    void onStart();
+    Q_SLOT void onStart();
 
 private:
     /// Runs one write of the storage, once.

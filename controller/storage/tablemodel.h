@@ -41,17 +41,17 @@ public:
     template <class Member>
     static constexpr const ModelField &column(Member Record::*member)
     {
-        const ModelField *found = nullptr;
+        std::size_t found = fields.size();
         std::size_t position = 0;
         forEachColumn<Record>([&](const auto &row) {
             if constexpr (std::is_same_v<decltype(row.member), const Member Record::*> ||
                           std::is_same_v<std::remove_cv_t<decltype(row.member)>, Member Record::*>) {
                 if (row.member == member)
-                    found = &fields[position];
+                    found = position;
             }
             ++position;
         });
-        return *found;
+        return fields.at(found);
     }
 };
 
