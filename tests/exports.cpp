@@ -13,11 +13,9 @@
 #include <regex>
 #include <stdexcept>
 
-namespace client
-{
+namespace client {
 
-namespace
-{
+namespace {
 
 using Kind = Parameter::Kind;
 

@@ -3,8 +3,7 @@
 #include <string>
 #include <vector>
 
-namespace client
-{
+namespace client {
 
 /// What stands for what in the declaration of an exported function.
 struct Parameter {

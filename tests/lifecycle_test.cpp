@@ -11,14 +11,12 @@
 #include <random>
 #include <vector>
 
-namespace client
-{
+namespace client {
 
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
-namespace
-{
+namespace {
 
 bool isRunning()
 {

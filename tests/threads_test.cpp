@@ -11,8 +11,7 @@
 #include <random>
 #include <set>
 
-namespace client
-{
+namespace client {
 
 using namespace std::chrono_literals;
 
