@@ -330,7 +330,7 @@ TEST(Database, lockedOneIsNeverDeleted)
     EXPECT_EQ(launch([] { EXPECT_EQ(kind("Users").get(1).substr(0, 8), "0 1|kept"); }), 0U);
 }
 
-TEST(Database, isCompleteInOneFileWithinTwoSecondsAndAfterTheExit)
+TEST(Database, isCompleteInOneFileWithinTwoSecondsOfAWrite)
 {
     const TemporaryDirectory directory;
     const RunningCache cache;

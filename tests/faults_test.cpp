@@ -1,6 +1,5 @@
 #include "kinds.h"
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <link.h>
 #include <sys/syscall.h>
