@@ -113,6 +113,11 @@ bool SQLiteDatabase::useConnection()
     m_connection = nativeConnection(m_database);
     if (m_connection == nullptr)
         return false;
+    // Waits for a lock once; each of the statements below would wait for it again.
+    if (isCircumstance(sqlite3_exec(m_connection, "SELECT 1 FROM sqlite_master LIMIT 1", nullptr, nullptr, nullptr))) {
+        m_isContentUnknown = true;
+        return false;
+    }
     // A commit is on the disk when it returns. Where the file system has no shared memory, the file keeps the rollback
     // journal, as safe and slower; and a file that is no database fails at its first read, not here.
     sqlite3_exec(m_connection, "PRAGMA journal_mode=WAL", nullptr, nullptr, nullptr);
@@ -252,6 +257,8 @@ void SQLiteDatabase::logFailure(const char *message, const Statement &statement)
 
 bool SQLiteDatabase::Transaction::begin()
 {
+    // What undoes the transaction is made first: later there may be no memory for it.
+    m_database.m_preparer.prepareRollback();
     m_isOpen = m_database.run(m_database.m_preparer.prepareBegin(), "begin transaction error");
     return m_isOpen;
 }
