@@ -1,8 +1,10 @@
 #include "api/cache.h"
+#include "api/eventdispatcher.h"
 
 #include <QCoreApplication>
 #include <QEventLoop>
 #include <QScopeGuard>
+#include <QThread>
 #include <QTimer>
 
 #include <pthread.h>
@@ -92,6 +94,8 @@ void destroyController(quint64 launchNumber)
 /// the client's own `printf` writes numbers: it is set back.
 std::unique_ptr<QCoreApplication> makeApplication(int &argumentCount)
 {
+    if (QAbstractEventDispatcher::instance() == nullptr)
+        QThread::currentThread()->setEventDispatcher(new EventDispatcher);
     const std::string locale = std::setlocale(LC_ALL, nullptr);
     auto app = std::make_unique<QCoreApplication>(argumentCount, nullptr);
     if (locale != std::setlocale(LC_ALL, nullptr))

@@ -203,6 +203,43 @@ void forkBeforeLaunch()
     caller.join();
 }
 
+/// A GLib program: its callbacks come on its own thread, whether its loop starts before the cache or after it.
+void runGlibLoop()
+{
+    void *const glib = ::dlopen("libglib-2.0.so.0", RTLD_NOW);
+    const auto makeLoop = reinterpret_cast<void *(*)(void *, int)>(::dlsym(glib, "g_main_loop_new"));
+    const auto runLoop = reinterpret_cast<void (*)(void *)>(::dlsym(glib, "g_main_loop_run"));
+    static const auto quitLoop = reinterpret_cast<void (*)(void *)>(::dlsym(glib, "g_main_loop_quit"));
+    const auto addTimeout =
+        reinterpret_cast<unsigned int (*)(unsigned int, int (*)(void *), void *)>(::dlsym(glib, "g_timeout_add"));
+    static const std::thread::id own = std::this_thread::get_id();
+    static int ticks = 0;
+    const Library library;
+    for (const std::chrono::milliseconds delay : {0ms, 100ms}) {
+        ticks = 0;
+        void *const loop = makeLoop(nullptr, 0);
+        std::thread launch([&library, delay] {
+            std::this_thread::sleep_for(delay);
+            library.launchCache();
+        });
+        std::this_thread::sleep_for(50ms - delay / 2);
+        addTimeout(
+            5,
+            [](void *ticking) {
+                REQUIRE(std::this_thread::get_id() == own);
+                if (++ticks < 60)
+                    return 1;
+                quitLoop(ticking);
+                return 0;
+            },
+            loop);
+        runLoop(loop);
+        REQUIRE(library.getState() == TARNEL_STATE_RUNNING && library.add() == TARNEL_SUCCESS);
+        library.exitCache();
+        launch.join();
+    }
+}
+
 struct Role {
     const char *name;
     void (*play)();
@@ -216,6 +253,7 @@ constexpr Role roles[] = {
     {"dlclose", unload, 1},
     {"forkWhileRunning", forkWhileRunning, 1},
     {"forkBeforeLaunch", forkBeforeLaunch, 1},
+    {"glibLoop", runGlibLoop, 1},
 };
 
 std::string program;
