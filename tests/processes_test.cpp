@@ -13,6 +13,7 @@
 #include <functional>
 #include <iostream>
 #include <string>
+#include <string_view>
 #include <thread>
 
 // Functions of this program's own that happen to have the library's names. They are exported, and found first.
@@ -70,7 +71,7 @@ struct Library {
 
     [[nodiscard]] unsigned int add() const
     {
-        const std::u16string text = uR"({"D":{"items":[{"id":1,"iso":"en"}]}})";
+        constexpr std::u16string_view text = uR"({"D":{"items":[{"id":1,"iso":"en"}]}})";
         return addLocales(reinterpret_cast<const unsigned short *>(text.data()),
                           static_cast<unsigned int>(text.size()));
     }
@@ -210,6 +211,7 @@ void runGlibLoop()
     const auto makeLoop = reinterpret_cast<void *(*)(void *, int)>(::dlsym(glib, "g_main_loop_new"));
     const auto runLoop = reinterpret_cast<void (*)(void *)>(::dlsym(glib, "g_main_loop_run"));
     static const auto quitLoop = reinterpret_cast<void (*)(void *)>(::dlsym(glib, "g_main_loop_quit"));
+    const auto dropLoop = reinterpret_cast<void (*)(void *)>(::dlsym(glib, "g_main_loop_unref"));
     const auto addTimeout =
         reinterpret_cast<unsigned int (*)(unsigned int, int (*)(void *), void *)>(::dlsym(glib, "g_timeout_add"));
     static const std::thread::id own = std::this_thread::get_id();
@@ -237,6 +239,7 @@ void runGlibLoop()
         REQUIRE(library.getState() == TARNEL_STATE_RUNNING && library.add() == TARNEL_SUCCESS);
         library.exitCache();
         launch.join();
+        dropLoop(loop);
     }
 }
 
@@ -245,6 +248,11 @@ struct Role {
     void (*play)();
     int rounds;
 };
+
+void PrintTo(const Role &role, std::ostream *stream)
+{
+    *stream << role.name;
+}
 
 constexpr Role roles[] = {
     {"returnFromMain", leaveRunning, 20},
