@@ -9,11 +9,9 @@
 #include <atomic>
 #include <condition_variable>
 
-namespace tarnelLib::api
-{
+namespace tarnelLib::api {
 
-namespace
-{
+namespace {
 
 using controller::Controller;
 
@@ -165,8 +163,7 @@ CacheAccess::CacheAccess()
     m_controller = cache().cacheController.get();
 }
 
-namespace
-{
+namespace {
 
 void startCache() noexcept
 {
