@@ -10,8 +10,7 @@
 
 /// How a C++ client can wrap the library's plain C: what must be released is released, and a code that is not success
 /// becomes an exception.
-namespace demo
-{
+namespace demo {
 
 namespace api = tarnelLib::api;
 
@@ -116,10 +115,16 @@ private:
     unsigned int m_count = 0;
 };
 
-using Locales = List<api::Locale, freeLocalesArray>;
-using Domain = Item<api::Domain, freeDomain>;
 using Domains = List<api::Domain, freeDomainsArray>;
 using User = Item<api::User, freeUser>;
 using Users = List<api::User, freeUsersArray>;
+using Device = Item<api::Device, freeDevice>;
+using Devices = List<api::Device, freeDevicesArray>;
+using Sections = List<api::Section, freeSectionsArray>;
+using Zone = Item<api::Zone, freeZone>;
+using Site = Item<api::Site, freeSite>;
+using Sites = List<api::Site, freeSitesArray>;
+using Event = Item<api::Event, freeEvent>;
+using Events = List<api::Event, freeEventsArray>;
 
 } // namespace demo
