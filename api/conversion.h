@@ -64,7 +64,7 @@ template <class Record>
 controller::ApiOf<Record> *toApiStruct(Record &&record)
 {
     StructureBlock<Record> block(1);
-    toApiStruct(std::move(record), block.append());
+    toApiStruct(std::forward<Record>(record), block.append());
     return block.release();
 }
 

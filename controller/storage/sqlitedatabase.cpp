@@ -12,7 +12,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
+#include <array>
 
 namespace tarnelLib::controller {
 
@@ -24,7 +24,7 @@ constexpr std::u16string_view currentVersion = u"0.1";
 constexpr int busyTimeoutMs = 5000;
 
 /// The files that SQLite keeps beside the main file. One that outlives its main file would be taken for the next one's.
-constexpr const char *sideFiles[] = {"-wal", "-shm", "-journal"};
+constexpr std::array sideFiles = {"-wal", "-shm", "-journal"};
 
 void removeSideFiles(const QString &path)
 {
