@@ -107,8 +107,8 @@ public:
     unsigned int *count() { return &m_count; }
 
     [[nodiscard]] unsigned int size() const { return m_count; }
-    const Api *begin() const { return m_structures; }
-    const Api *end() const { return m_structures + m_count; }
+    [[nodiscard]] const Api *begin() const { return m_structures; }
+    [[nodiscard]] const Api *end() const { return m_structures + m_count; }
 
 private:
     Api *m_structures = nullptr;

@@ -24,9 +24,9 @@ std::string timeText(const unsigned int *time)
     const std::time_t seconds = *time;
     std::tm parts{};
     ::gmtime_r(&seconds, &parts);
-    char text[32];
-    std::strftime(text, sizeof text, "%d %b %H:%M", &parts);
-    return text;
+    std::array<char, 32> text{};
+    std::strftime(text.data(), text.size(), "%d %b %H:%M", &parts);
+    return text.data();
 }
 
 /// The name of the site that an event comes from. Which device stands where is the client's to remember.

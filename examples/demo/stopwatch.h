@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <chrono>
 #include <cstdio>
 #include <string>
@@ -13,9 +14,9 @@ public:
     [[nodiscard]] std::string milliseconds() const
     {
         const std::chrono::duration<double, std::milli> passed = std::chrono::steady_clock::now() - m_start;
-        char text[32];
-        std::snprintf(text, sizeof text, "%.1f ms", passed.count());
-        return text;
+        std::array<char, 32> text{};
+        std::snprintf(text.data(), text.size(), "%.1f ms", passed.count());
+        return text.data();
     }
 
 private:
