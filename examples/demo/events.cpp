@@ -39,7 +39,7 @@ std::string siteName(const api::Event &event)
     unsigned short *address = nullptr;
     expect(getSiteNameAndAddress(&name, &address, generator::Site::firstId + generator::Centre::siteOfDevice(device)),
            "getSiteNameAndAddress");
-    const std::string text = utf8(name);
+    std::string text = utf8(name);
     std::free(name);
     std::free(address);
     return text;
