@@ -64,7 +64,7 @@ void run()
 
         fillCache(centre);
         showCentre(centre);
-        showSite(centre);
+        showSite();
         showLastEvents(centre);
         receiveLive(centre);
         filter(centre);

@@ -11,7 +11,7 @@ void fillCache(const generator::Centre &centre);
 void showCentre(const generator::Centre &centre);
 
 // sites.cpp
-void showSite(const generator::Centre &centre);
+void showSite();
 
 // records.cpp
 void filter(const generator::Centre &centre);

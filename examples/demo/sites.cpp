@@ -76,7 +76,7 @@ void addDeviceLines(std::vector<std::string> &lines, const api::Device &device, 
 
 } // namespace
 
-void showSite(const generator::Centre &centre)
+void showSite()
 {
     chapter("One site with all that is there");
     say("This is what an operator needs when the place reports something: getSite brings the site with its contract, "
@@ -87,11 +87,12 @@ void showSite(const generator::Centre &centre)
     Site site;
     expect(getSite(site.out(), generator::Site::firstId + siteShown), "getSite");
     std::vector<std::string> lines = siteLines(*site);
-    const std::uint32_t devices = centre.deviceCountOfSite(siteShown);
+    const std::uint32_t devices = generator::Centre::deviceCountOfSite(siteShown);
     for (std::uint32_t i = 0; i < devices; ++i) {
         Device device;
-        expect(getDevice(device.out(), generator::Device::firstId + centre.firstDeviceOfSite(siteShown) + i),
-               "getDevice");
+        expect(
+            getDevice(device.out(), generator::Device::firstId + generator::Centre::firstDeviceOfSite(siteShown) + i),
+            "getDevice");
         addDeviceLines(lines, *device, i + 1 == devices);
     }
     const std::string passed = stopwatch.milliseconds();

@@ -96,7 +96,7 @@ std::uint32_t Centre::deviceCountOfSite(std::uint32_t site)
 
 std::uint32_t Centre::siteOfDevice(std::uint32_t device)
 {
-    const auto next =
+    const auto *const next =
         std::upper_bound(devicesBeforeSites.begin(), devicesBeforeSites.end(), device % devicesOfAllEight);
     return device / devicesOfAllEight * 8 + static_cast<std::uint32_t>(next - devicesBeforeSites.begin()) - 1;
 }
