@@ -4,8 +4,7 @@
 
 #include <mutex>
 
-namespace tarnelLib::api
-{
+namespace tarnelLib::api {
 
 /// Holds the one lock around a call that touches the cache, and with it the running cache's controller: null if no
 /// cache is running, or if it runs in the process that this one was forked from.

@@ -3,6 +3,7 @@
 #include "controller/entities/field.h"
 #include "controller/result.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <new>
 #include <type_traits>
@@ -10,8 +11,7 @@
 #include <vector>
 
 /// From records to the C structures, and the release of those: loops over the records' field lists.
-namespace tarnelLib::api
-{
+namespace tarnelLib::api {
 
 /// Memory for one or more values, to be handed to the client; `std::bad_alloc` if there is none.
 template <class Value>
@@ -80,6 +80,21 @@ controller::ApiOf<Record> *toApiStructs(std::vector<Record> &&records)
     return block.release();
 }
 
+inline unsigned int *toApiStructs(std::vector<quint32> &&values)
+{
+    if (values.empty())
+        return nullptr;
+    auto *block = allocate<unsigned int>(values.size());
+    std::copy(values.begin(), values.end(), block);
+    return block;
+}
+
+/// Null for a text that is absent.
+inline unsigned short *allocateUnicodeString(std::optional<controller::Text> &&text)
+{
+    return text ? std::move(*text).release() : nullptr;
+}
+
 /// The conversion of each kind of row.
 class MemberConverter
 {
@@ -90,39 +105,43 @@ public:
         structure.*field.apiMember = record.*field.member;
     }
 
-    template <class Record, class Value, class Api, class ApiMember>
-    static void convert(const controller::Column<Record, Value, Api, ApiMember> &field, Record &record, Api &structure)
+    template <class Record, class Api>
+    static void convert(const controller::ParentKey &, Record &, Api &)
     {
-        std::optional<Value> &value = record.*field.member;
-        if (!value)
-            return;
-        if constexpr (std::is_same_v<Value, controller::Text>) {
-            structure.*field.apiMember = std::move(*value).release();
-        } else {
-            structure.*field.apiMember = allocate<ApiMember>();
-            *(structure.*field.apiMember) = *value;
-        }
     }
 
-    template <class Record, class Other, class Api, class ApiMember>
-    static void convert(const controller::Reference<Record, Other, Api, ApiMember> &field, Record &record,
-                        Api &structure)
+    template <class Row, class Record, class Api>
+    static void convert(const Row &field, Record &record, Api &structure)
     {
-        convertNested(record.*field.member, structure.*field.apiMember);
+        if (auto &member = record.*field.member)
+            structure.*field.apiMember = toMember(std::move(*member));
     }
 
-    template <class Record, class Other, class Api, class ApiMember>
-    static void convert(const controller::Joined<Record, Other, Api, ApiMember> &field, Record &record, Api &structure)
+    template <class Record, class Item, class Api, class ApiItem>
+    static void convert(const controller::Children<Record, Item, Api, ApiItem> &field, Record &record, Api &structure)
     {
-        convertNested(record.*field.member, structure.*field.apiMember);
+        std::vector<Item> &items = record.*field.member;
+        const auto count = static_cast<unsigned int>(items.size());
+        structure.*field.apiMember = toApiStructs(std::move(items));
+        structure.*field.apiCount = count;
     }
 
 private:
-    template <class Other, class Api>
-    static void convertNested(std::optional<Other> &other, Api *&member)
+    static unsigned short *toMember(controller::Text &&text) { return std::move(text).release(); }
+
+    template <class Scalar>
+    requires std::is_arithmetic_v<Scalar>
+    static Scalar *toMember(Scalar &&value)
     {
-        if (other)
-            member = toApiStruct(std::move(*other));
+        auto *member = allocate<Scalar>();
+        *member = value;
+        return member;
+    }
+
+    template <class Other>
+    static controller::ApiOf<Other> *toMember(Other &&other)
+    {
+        return toApiStruct(std::move(other));
     }
 };
 
@@ -141,32 +160,37 @@ public:
     {
     }
 
-    template <class Record, class Value, class Api, class ApiMember>
-    static void release(const controller::Column<Record, Value, Api, ApiMember> &field, Api &structure)
+    template <class Api>
+    static void release(const controller::ParentKey &, Api &)
+    {
+    }
+
+    template <controller::HoldsValue Row, class Api>
+    static void release(const Row &field, Api &structure)
     {
         std::free(std::exchange(structure.*field.apiMember, nullptr));
     }
 
-    template <class Record, class Other, class Api, class ApiMember>
-    static void release(const controller::Reference<Record, Other, Api, ApiMember> &field, Api &structure)
+    /// A nested record.
+    template <class Row, class Api>
+    static void release(const Row &field, Api &structure)
     {
-        releaseNested<Other>(structure.*field.apiMember);
+        if (auto *nested = std::exchange(structure.*field.apiMember, nullptr)) {
+            freeStructure<typename Row::Nested>(*nested);
+            std::free(nested);
+        }
     }
 
-    template <class Record, class Other, class Api, class ApiMember>
-    static void release(const controller::Joined<Record, Other, Api, ApiMember> &field, Api &structure)
+    template <class Record, class Item, class Api, class ApiItem>
+    static void release(const controller::Children<Record, Item, Api, ApiItem> &field, Api &structure)
     {
-        releaseNested<Other>(structure.*field.apiMember);
-    }
-
-private:
-    template <class Other, class Api>
-    static void releaseNested(Api *&member)
-    {
-        if (member == nullptr)
-            return;
-        freeStructure<Other>(*member);
-        std::free(std::exchange(member, nullptr));
+        ApiItem *items = std::exchange(structure.*field.apiMember, nullptr);
+        const unsigned int count = std::exchange(structure.*field.apiCount, 0U);
+        if constexpr (!std::is_arithmetic_v<Item>) {
+            for (unsigned int i = 0; items != nullptr && i < count; ++i)
+                freeStructure<Item>(items[i]);
+        }
+        std::free(items);
     }
 };
 

@@ -7,8 +7,7 @@
 #include <climits>
 
 /// What the exported functions do, one template for each family of them.
-namespace tarnelLib::api
-{
+namespace tarnelLib::api {
 
 /// A text as a client passes it.
 struct ClientText {
@@ -74,38 +73,69 @@ unsigned int addItems(ClientText text) noexcept
 }
 
 template <class Record>
-unsigned int getItem(controller::ApiOf<Record> **out, unsigned int id) noexcept
+unsigned int addItem(controller::ApiOf<Record> **out, ClientText text) noexcept
+{
+    return withController([&](controller::Controller &controller) {
+        if (!isFree(out) || !text.isValid())
+            return Result::InvalidArgument;
+        std::optional<Record> record;
+        controller::ParentIds<Record> parents{};
+        const Result parsed = controller::parseAddOrUpdateItem(text.view(), record, parents);
+        if (parsed != Result::Success)
+            return parsed;
+        const Result added = controller.add(record);
+        return added == Result::Success ? handOut(out, std::move(record)) : added;
+    });
+}
+
+template <class Record>
+unsigned int addItemsAndHandOut(controller::ApiOf<Record> **out, unsigned int *count, ClientText text) noexcept
+{
+    return withController([&](controller::Controller &controller) {
+        if (!isFree(out) || count == nullptr || !text.isValid())
+            return Result::InvalidArgument;
+        std::vector<Record> records;
+        if (const Result parsed = controller::parseAddItems(text.view(), records); parsed != Result::Success)
+            return parsed;
+        const Result added = controller.add(records);
+        return added == Result::Success ? handOut(out, count, std::move(records)) : added;
+    });
+}
+
+template <class Record, class... Identifiers>
+unsigned int getItem(controller::ApiOf<Record> **out, Identifiers... identifiers) noexcept
 {
     return withController([&](controller::Controller &controller) {
         if (!isFree(out))
             return Result::InvalidArgument;
         std::optional<Record> record;
-        const Result read = controller.get(record, id);
+        const Result read = controller.get(record, identifiers...);
         return read == Result::Success ? handOut(out, std::move(record)) : read;
     });
 }
 
-template <class Record>
-unsigned int getItems(controller::ApiOf<Record> **out, unsigned int *count) noexcept
+/// The numbers are the parents, or a range, as the kind has them.
+template <class Record, class... Numbers>
+unsigned int getItems(controller::ApiOf<Record> **out, unsigned int *count, Numbers... numbers) noexcept
 {
     return withController([&](controller::Controller &controller) {
         if (!isFree(out) || count == nullptr)
             return Result::InvalidArgument;
         std::vector<Record> records;
-        const Result read = controller.get(records);
+        const Result read = controller.get(records, numbers...);
         return read == Result::Success ? handOut(out, count, std::move(records)) : read;
     });
 }
 
-template <class Record>
+template <class Record, class... Parents>
 unsigned int getItemsWithParams(controller::ApiOf<Record> **out, unsigned int *count, ClientText field,
-                                ClientText value) noexcept
+                                ClientText value, Parents... parents) noexcept
 {
     return withController([&](controller::Controller &controller) {
         if (!isFree(out) || count == nullptr || !field.isValid() || !value.isValid())
             return Result::InvalidArgument;
         std::vector<Record> records;
-        const Result read = controller.get(records, field.view(), value.view());
+        const Result read = controller.getByField(records, field.view(), value.view(), parents...);
         return read == Result::Success ? handOut(out, count, std::move(records)) : read;
     });
 }
@@ -117,9 +147,12 @@ unsigned int updateItem(controller::ApiOf<Record> **out, ClientText text) noexce
         if (!isFree(out) || !text.isValid())
             return Result::InvalidArgument;
         std::optional<Record> record;
-        if (const Result parsed = controller::parseAddOrUpdateItem(text.view(), record); parsed != Result::Success)
+        controller::ParentIds<Record> parents{};
+        const Result parsed = controller::parseAddOrUpdateItem(text.view(), record, parents);
+        if (parsed != Result::Success)
             return parsed;
-        const Result updated = controller.update(record);
+        const Result updated =
+            std::apply([&](auto... parent) { return controller.update(record, parent...); }, parents);
         return updated == Result::Success ? handOut(out, std::move(record)) : updated;
     });
 }
@@ -130,9 +163,12 @@ unsigned int deleteItem(ClientText text) noexcept
     return withController([&](controller::Controller &controller) {
         if (!text.isValid())
             return Result::InvalidArgument;
-        quint32 id = 0;
-        const Result parsed = controller::parseDelete<Record>(text.view(), id);
-        return parsed == Result::Success ? controller.deleteItem<Record>(id) : parsed;
+        controller::Identifiers<Record> identifiers{};
+        const Result parsed = controller::parseDelete<Record>(text.view(), identifiers);
+        if (parsed != Result::Success)
+            return parsed;
+        return std::apply([&](auto... identifier) { return controller.deleteItem<Record>(identifier...); },
+                          identifiers);
     });
 }
 

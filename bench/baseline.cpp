@@ -8,11 +8,9 @@
 #include <stdexcept>
 #include <string>
 
-namespace baseline
-{
+namespace baseline {
 
-namespace
-{
+namespace {
 
 constexpr std::string_view selectUsers =
     "SELECT UsersId,UsersName,UsersLogin,UsersContacts,UsersIsActive,UsersDomainId,UsersOrgId,UsersRoles,UsersPhone,"

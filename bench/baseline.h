@@ -11,8 +11,7 @@ struct sqlite3_stmt;
 
 /// What the library does, as one would write it by hand on SQLite's C API for these kinds alone: kept statements, and
 /// the same structures in the client's hands. This is the measure of the library's speed.
-namespace baseline
-{
+namespace baseline {
 
 namespace api = tarnelLib::api;
 

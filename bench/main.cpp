@@ -11,8 +11,7 @@
 #include <random>
 #include <stdexcept>
 
-namespace
-{
+namespace {
 
 namespace api = tarnelLib::api;
 

@@ -3,8 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 
-namespace
-{
+namespace {
 
 constexpr double nanosecondsPerMicrosecond = 1000;
 

@@ -2,13 +2,11 @@
 
 #include <string_view>
 
-namespace sameness
-{
+namespace sameness {
 
 namespace api = tarnelLib::api;
 
-namespace
-{
+namespace {
 
 /// Compares what the pointers point to, unless both are null.
 template <class Value, class Compare>

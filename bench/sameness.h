@@ -3,8 +3,7 @@
 #include <tarnel/tarnel.h>
 
 /// Whether two structures say the same, down to the last member.
-namespace sameness
-{
+namespace sameness {
 
 bool isSame(const tarnelLib::api::Locale *one, const tarnelLib::api::Locale *other);
 bool isSame(const tarnelLib::api::User *one, const tarnelLib::api::User *other);

@@ -2,8 +2,7 @@
 
 #include "controller/storage/sqlitedatabase.h"
 
-namespace tarnelLib::controller
-{
+namespace tarnelLib::controller {
 
 Controller::Controller() : m_database(std::make_unique<SQLiteDatabase>()) {}
 
@@ -32,16 +31,78 @@ void Controller::onStart()
     m_state = TARNEL_STATE_RUNNING;
 }
 
-template <>
-bool Controller::removeItem<Domain>(quint32 id)
+Result Controller::add(std::vector<Event> &events)
 {
-    return m_database->deleteDomain(id);
+    if (!m_database->add(events))
+        return Result::WriteFailed;
+    return events.empty() ? Result::NotFound : Result::Success;
 }
 
-template <>
-bool Controller::removeItem<User>(quint32 id)
+Result Controller::update(std::optional<Section> &section, quint32 device)
 {
-    return m_database->deleteUser(id);
+    const Result updated = changeResult(m_database->update(section, device), section);
+    return updated == Result::Success ? checkDevice(device) : updated;
+}
+
+Result Controller::update(std::optional<Zone> &zone, quint32 device, quint32 section)
+{
+    const Result updated = changeResult(m_database->update(zone, device, section), zone);
+    if (updated != Result::Success)
+        return updated;
+    bool isExists = false;
+    const bool isRead = m_database->isSectionExists(isExists, device, section);
+    const Result parent = existsResult(isRead, isExists, Result::ParentNotFound);
+    return parent == Result::Success ? checkDevice(device) : parent;
+}
+
+Result Controller::checkDevice(quint32 device)
+{
+    bool isExists = false;
+    const bool isRead = m_database->isDeviceExists(isExists, device);
+    return existsResult(isRead, isExists, Result::ParentNotFound);
+}
+
+Result Controller::getSiteFields(std::optional<Text> &name, std::optional<Text> &address, quint32 site)
+{
+    bool isExists = false;
+    const bool isRead = m_database->isSiteExists(isExists, site);
+    if (const Result found = existsResult(isRead, isExists, Result::NotFound); found != Result::Success)
+        return found;
+    return m_database->getSiteFields(name, address, site) ? Result::Success : Result::ReadFailed;
+}
+
+Result Controller::removeAffectFlag(std::optional<Event> &event, quint32 id)
+{
+    bool isExists = false;
+    const bool isRead = m_database->isEventExists(isExists, id);
+    if (const Result found = existsResult(isRead, isExists, Result::NotFound); found != Result::Success)
+        return found;
+    return m_database->removeAffectFlag(event, id) && event ? Result::Success : Result::WriteFailed;
+}
+
+Result Controller::clearEventsBeforeDateExceptAffects(quint32 date)
+{
+    return writeItem([&] { return m_database->clearEventsBeforeDateExceptAffects(date); });
+}
+
+Result Controller::setServerIp(std::u16string_view address)
+{
+    return writeItem([&] { return m_database->setServerIp(address); });
+}
+
+Result Controller::getServerIp(std::optional<Text> &address)
+{
+    return m_database->getServerIp(address) ? Result::Success : Result::ReadFailed;
+}
+
+Result Controller::clearAll()
+{
+    return writeItem([&] { return m_database->clearAll(); });
+}
+
+Result Controller::clearAllExceptEvents()
+{
+    return writeItem([&] { return m_database->clearAllExceptEvents(); });
 }
 
 } // namespace tarnelLib::controller

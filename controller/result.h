@@ -2,8 +2,7 @@
 
 #include <tarnel/tarnel.h>
 
-namespace tarnelLib
-{
+namespace tarnelLib {
 
 /// The outcome of every operation, from the storage's callers up to the client; documented at `TarnelResult`.
 enum class Result : unsigned int {

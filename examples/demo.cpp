@@ -8,11 +8,9 @@
 
 /// A client of the library, from its first launch to its last exit. It uses the public header alone; the records come
 /// from a generator in the place of a server.
-namespace demo
-{
+namespace demo {
 
-namespace
-{
+namespace {
 
 constexpr unsigned int recordsPerRequest = 100;
 constexpr unsigned int rowsShown = 12;

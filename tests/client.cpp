@@ -7,13 +7,11 @@
 #include <locale>
 #include <stdexcept>
 
-namespace client
-{
+namespace client {
 
 namespace fs = std::filesystem;
 
-namespace
-{
+namespace {
 
 using Converter = std::wstring_convert<std::codecvt_utf8_utf16<char16_t>, char16_t>;
 

@@ -10,8 +10,7 @@
 #include <thread>
 
 /// A client of the library, as the tests need one: everything goes through the public header.
-namespace client
-{
+namespace client {
 
 namespace api = tarnelLib::api;
 

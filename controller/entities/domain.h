@@ -2,8 +2,7 @@
 
 #include "controller/entities/locale.h"
 
-namespace tarnelLib::controller
-{
+namespace tarnelLib::controller {
 
 /// The administrative unit to which users, devices and sites belong.
 struct Domain {

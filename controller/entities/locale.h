@@ -4,8 +4,7 @@
 
 #include <tarnel/tarnel.h>
 
-namespace tarnelLib::controller
-{
+namespace tarnelLib::controller {
 
 /// A language or regional setting known to the service.
 struct Locale {

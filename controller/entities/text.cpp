@@ -4,8 +4,7 @@
 #include <cstring>
 #include <new>
 
-namespace tarnelLib::controller
-{
+namespace tarnelLib::controller {
 
 Text::Text(std::u16string_view units)
     : m_units(static_cast<char16_t *>(std::malloc((units.size() + 1) * sizeof(char16_t)))), m_length(units.size())

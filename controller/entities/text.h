@@ -4,8 +4,7 @@
 #include <string_view>
 #include <utility>
 
-namespace tarnelLib::controller
-{
+namespace tarnelLib::controller {
 
 /// A UTF-16 text in one `malloc`'d, zero-terminated block.
 ///

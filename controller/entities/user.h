@@ -2,8 +2,7 @@
 
 #include "controller/entities/domain.h"
 
-namespace tarnelLib::controller
-{
+namespace tarnelLib::controller {
 
 /// An operator account of the service.
 struct User {
@@ -35,7 +34,7 @@ struct Schema<User> {
         Column{"OrgId", "org", &User::orgId, &Api::orgId},
         Column{"Roles", "roles", &User::roles, &Api::roles},
         Joined{&User::domain, &Api::domain, &User::domainId},
-        Column{"Phone", "phone", &User::phone, &Api::phone, "DOUBLE"},
+        Column{"Phone", "phone", &User::phone, &Api::phone, {.sqlType = "DOUBLE"}},
     };
 };
 

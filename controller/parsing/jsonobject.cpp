@@ -2,8 +2,7 @@
 
 #include <QJsonDocument>
 
-namespace tarnelLib::controller
-{
+namespace tarnelLib::controller {
 
 std::optional<QJsonObject> deserializeJsonObject(std::u16string_view text)
 {
@@ -57,6 +56,12 @@ bool readValue(const QJsonValue &value, quint64 &destination)
     const double number = value.toDouble();
     destination = number >= beyondSigned && number < beyond ? static_cast<quint64>(number)
                                                             : static_cast<quint64>(truncated(number));
+    return value.isDouble();
+}
+
+bool readValue(const QJsonValue &value, double &destination)
+{
+    destination = value.toDouble();
     return value.isDouble();
 }
 

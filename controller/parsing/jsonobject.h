@@ -8,8 +8,7 @@
 #include <optional>
 #include <string_view>
 
-namespace tarnelLib::controller
-{
+namespace tarnelLib::controller {
 
 /// The object that a text consists of; nothing if the text is no JSON object.
 std::optional<QJsonObject> deserializeJsonObject(std::u16string_view text);
@@ -33,6 +32,7 @@ qint64 truncated(double number);
 [[nodiscard]] bool readValue(const QJsonValue &value, bool &destination);
 /// The number cut to a whole one, up to 2^64.
 [[nodiscard]] bool readValue(const QJsonValue &value, quint64 &destination);
+[[nodiscard]] bool readValue(const QJsonValue &value, double &destination);
 [[nodiscard]] bool readValue(const QJsonValue &value, std::optional<Text> &destination);
 
 } // namespace tarnelLib::controller

@@ -1,16 +1,15 @@
 #include "controller/storage/sqlitedatabase.h"
 
-namespace tarnelLib::controller
-{
+namespace tarnelLib::controller {
 
 bool SQLiteDatabase::add(const std::vector<Domain> &domains)
 {
-    return inTransaction([&] { return insertAll(domains, "add domains error"); });
+    return inTransaction([&] { return insertAll(std::span(domains), "add domains error"); });
 }
 
 bool SQLiteDatabase::get(std::vector<Domain> &domains)
 {
-    return readAll(m_preparer.prepareGetAll<Domain>(), domains, "get domains error");
+    return readAll(m_preparer.prepareGet<Domain>(), domains, "get domains error");
 }
 
 bool SQLiteDatabase::get(std::vector<Domain> &domains, const ModelField &field, std::u16string_view value)

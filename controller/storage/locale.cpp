@@ -1,16 +1,15 @@
 #include "controller/storage/sqlitedatabase.h"
 
-namespace tarnelLib::controller
-{
+namespace tarnelLib::controller {
 
 bool SQLiteDatabase::add(const std::vector<Locale> &locales)
 {
-    return inTransaction([&] { return insertAll(locales, "add locales error"); });
+    return inTransaction([&] { return insertAll(std::span(locales), "add locales error"); });
 }
 
 bool SQLiteDatabase::get(std::vector<Locale> &locales)
 {
-    return readAll(m_preparer.prepareGetAll<Locale>(), locales, "get locales error");
+    return readAll(m_preparer.prepareGet<Locale>(), locales, "get locales error");
 }
 
 bool SQLiteDatabase::get(std::vector<Locale> &locales, const ModelField &field, std::u16string_view value)

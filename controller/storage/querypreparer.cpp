@@ -1,7 +1,20 @@
 #include "controller/storage/querypreparer.h"
 
-namespace tarnelLib::controller
-{
+namespace tarnelLib::controller {
+
+namespace {
+
+// Both tables hold one row at most, that of identifier 0.
+constexpr const char *createSessionTable =
+    "CREATE TABLE Session (SessionId INTEGER PRIMARY KEY,SessionIp VARCHAR(255))";
+constexpr const char *setIp = "INSERT OR REPLACE INTO Session (SessionId,SessionIp)VALUES (0,?)";
+constexpr const char *getIp = "SELECT SessionIp FROM Session";
+constexpr const char *createVersionTable =
+    "CREATE TABLE Version (VersionId INTEGER PRIMARY KEY,VersionNumber VARCHAR(255))";
+constexpr const char *setDbVersion = "INSERT OR REPLACE INTO Version (VersionId,VersionNumber)VALUES (0,?)";
+constexpr const char *getDbVersion = "SELECT VersionNumber FROM Version WHERE VersionId = 0";
+
+} // namespace
 
 void QueryPreparer::attach(sqlite3 *connection)
 {
@@ -9,34 +22,58 @@ void QueryPreparer::attach(sqlite3 *connection)
     m_connection = connection;
 }
 
+Query QueryPreparer::prepareText(const char *sql)
+{
+    return prepare({Verb::Special, sql}, [sql] { return sql; });
+}
+
+Query QueryPreparer::prepareBegin()
+{
+    return prepareText("BEGIN");
+}
+
+Query QueryPreparer::prepareCommit()
+{
+    return prepareText("COMMIT");
+}
+
+Query QueryPreparer::prepareRollback()
+{
+    return prepareText("ROLLBACK");
+}
+
 Query QueryPreparer::prepareCreateSessionTable()
 {
-    return kept({Verb::CreateSessionTable},
-                [] { return "CREATE TABLE Session (SessionId INTEGER PRIMARY KEY,SessionIp VARCHAR(255))"; });
+    return prepareText(createSessionTable);
 }
 
 Query QueryPreparer::prepareCreateVersionTable()
 {
-    return kept({Verb::CreateVersionTable},
-                [] { return "CREATE TABLE Version (VersionId INTEGER PRIMARY KEY,VersionNumber VARCHAR(255))"; });
+    return prepareText(createVersionTable);
+}
+
+Query QueryPreparer::prepareSetIp(std::u16string_view address)
+{
+    Query query = prepareText(setIp);
+    query->bind(1, address);
+    return query;
+}
+
+Query QueryPreparer::prepareGetIp()
+{
+    return prepareText(getIp);
 }
 
 Query QueryPreparer::prepareSetDbVersion(std::u16string_view version)
 {
-    Query query = kept({Verb::SetDbVersion},
-                       [] { return "INSERT OR REPLACE INTO Version (VersionId,VersionNumber)VALUES (0,?)"; });
+    Query query = prepareText(setDbVersion);
     query->bind(1, version);
     return query;
 }
 
 Query QueryPreparer::prepareGetDbVersion()
 {
-    return kept({Verb::GetDbVersion}, [] { return "SELECT VersionNumber FROM Version WHERE VersionId = 0"; });
-}
-
-Query QueryPreparer::prepareGetIp()
-{
-    return kept({Verb::GetIp}, [] { return "SELECT SessionIp FROM Session"; });
+    return prepareText(getDbVersion);
 }
 
 } // namespace tarnelLib::controller

@@ -2,10 +2,10 @@
 
 #include "controller/storage/rowreader.h"
 
+#include <span>
 #include <unordered_map>
 
-namespace tarnelLib::controller
-{
+namespace tarnelLib::controller {
 
 /// A record's table as it is created.
 template <class Record>
@@ -14,151 +14,50 @@ sql::Table tableOf()
     sql::Table table{.name = Schema<Record>::table, .columns = {}};
     std::size_t position = 0;
     forEachColumn<Record>([&](const auto &row) {
-        table.columns.push_back({TableModel<Record>::fields[position++].column(), row.sqlType});
+        table.columns.push_back({TableModel<Record>::fields[position++].column(), row.sqlType, row.isPrimaryKey});
     });
     return table;
 }
 
 /// Prepares every statement, once for each connection, and binds what a use of it needs.
 ///
-/// A query whose statement cannot be prepared (its table is gone, or there is no connection) is handed out all the same
-/// and fails when it is run, with the reason.
+/// Identifiers go in the order of the table's first columns: a record's enclosing ones, then its own; fewer of them
+/// mean all records that share those. A query whose statement cannot be prepared (its table is gone, or there is no
+/// connection) is handed out all the same and fails when it is run, with the reason.
 class QueryPreparer
 {
 public:
+    enum class Verb {
+        CreateTable,
+        Clear,
+        Add,
+        AddOrUpdate,
+        Get,
+        GetByField,
+        GetOfMany,
+        IsExists,
+        Delete,
+        Special, ///< A statement that one kind alone has.
+    };
+
+    /// What tells one kept statement from another: the verb, the name that it is for (by address), and a number where
+    /// there are several of those.
+    struct Key {
+        Verb verb;
+        const void *name = nullptr;
+        std::size_t number = 0;
+        bool operator==(const Key &) const = default;
+    };
+
     /// Starts with a connection; the statements of an earlier one are finalized.
     void attach(sqlite3 *connection);
 
     /// Finalizes every statement, which must happen before the connection is closed.
     void detach() { attach(nullptr); }
 
-    Query prepareBegin()
-    {
-        return kept({Verb::Begin}, [] { return "BEGIN"; });
-    }
-    Query prepareCommit()
-    {
-        return kept({Verb::Commit}, [] { return "COMMIT"; });
-    }
-    Query prepareRollback()
-    {
-        return kept({Verb::Rollback}, [] { return "ROLLBACK"; });
-    }
-
-    template <class Record>
-    Query prepareCreateTable()
-    {
-        return kept({Verb::CreateTable, &Schema<Record>::table}, [] { return sql::createTable(tableOf<Record>()); });
-    }
-
-    /// An insert that replaces a stored row whole; `bindRecord` fills it for each record.
-    template <class Record>
-    Query prepareAdd()
-    {
-        return kept({Verb::Add, &Schema<Record>::table}, [] { return sql::insertOrReplace(tableOf<Record>()); });
-    }
-
-    template <class Record>
-    static void bindRecord(Statement &statement, const Record &record)
-    {
-        int position = 1;
-        forEachColumn<Record>([&](const auto &row) { bindField(statement, position++, row, record); });
-    }
-
-    /// An insert that, where the row is already stored, changes only the columns of the fields that the record has.
-    template <class Record>
-    Query prepareAddOrUpdate(const Record &record)
-    {
-        Query query = kept({Verb::AddOrUpdate, &Schema<Record>::table}, [] { return sql::upsert(tableOf<Record>()); });
-        bindRecord(*query, record);
-        quint64 present = 0;
-        int position = 0;
-        forEachColumn<Record>([&](const auto &row) {
-            if (isPresent(record.*row.member))
-                present |= 1ULL << static_cast<unsigned>(position);
-            ++position;
-        });
-        query->bind(position + 1, present);
-        return query;
-    }
-
-    template <class Record>
-    Query prepareGetAll()
-    {
-        return kept({Verb::GetAll, &Schema<Record>::table}, [] { return sql::select(SelectionBuilder::of<Record>()); });
-    }
-
-    template <class Record>
-    Query prepareGet(quint32 id)
-    {
-        Query query = kept({Verb::Get, &Schema<Record>::table}, [] {
-            return sql::select(SelectionBuilder::of<Record>()) + sql::where(identifierColumn<Record>());
-        });
-        query->bind(1, id);
-        return query;
-    }
-
-    /// The value is compared as text, which the column's affinity turns into a number where the column holds numbers.
-    template <class Record>
-    Query prepareGetByField(const ModelField &field, std::u16string_view value)
-    {
-        Query query = kept({Verb::GetByField, &field},
-                           [&] { return sql::select(SelectionBuilder::of<Record>()) + sql::where(field.column()); });
-        query->bind(1, value);
-        return query;
-    }
-
-    template <class Record>
-    Query prepareDelete(quint32 id)
-    {
-        Query query = kept({Verb::Delete, &Schema<Record>::table}, [] {
-            return sql::deleteFrom(Schema<Record>::table) + sql::where(identifierColumn<Record>());
-        });
-        query->bind(1, id);
-        return query;
-    }
-
-    Query prepareCreateSessionTable();
-    Query prepareCreateVersionTable();
-    Query prepareSetDbVersion(std::u16string_view version);
-    Query prepareGetDbVersion();
-    Query prepareGetIp();
-
-private:
-    enum class Verb {
-        Begin,
-        Commit,
-        Rollback,
-        CreateTable,
-        Add,
-        AddOrUpdate,
-        GetAll,
-        Get,
-        GetByField,
-        Delete,
-        CreateSessionTable,
-        CreateVersionTable,
-        SetDbVersion,
-        GetDbVersion,
-        GetIp,
-    };
-
-    /// What tells one kept statement from another: the verb and, by address, the name that it is for.
-    struct Key {
-        Verb verb;
-        const void *name = nullptr;
-        bool operator==(const Key &) const = default;
-    };
-    struct KeyHash {
-        std::size_t operator()(const Key &key) const
-        {
-            return std::hash<const void *>()(key.name) * 31 + static_cast<std::size_t>(key.verb);
-        }
-    };
-
     /// The statement under `key`, prepared from the text that `compose` gives if it is not there yet.
     template <class Compose>
-    Query kept(Key key, Compose &&compose)
+    Query prepare(Key key, Compose &&compose)
     {
         Statement &statement = m_statements[key];
         if (!statement.isPrepared())
@@ -166,11 +65,152 @@ private:
         return Query(statement);
     }
 
+    Query prepareBegin();
+    Query prepareCommit();
+    Query prepareRollback();
+
+    Query prepareCreateSessionTable();
+    Query prepareCreateVersionTable();
+    Query prepareSetIp(std::u16string_view address);
+    Query prepareGetIp();
+    Query prepareSetDbVersion(std::u16string_view version);
+    Query prepareGetDbVersion();
+
     template <class Record>
-    static std::string identifierColumn()
+    Query prepareCreateTable()
     {
-        return TableModel<Record>::column(&Record::id).column();
+        return prepare({Verb::CreateTable, &Schema<Record>::table}, [] { return sql::createTable(tableOf<Record>()); });
     }
+
+    template <class Record>
+    Query prepareClear()
+    {
+        return prepare({Verb::Clear, &Schema<Record>::table}, [] { return sql::deleteFrom(Schema<Record>::table); });
+    }
+
+    /// An insert, to be filled for each record with `bindRecord`. A stored row is replaced whole.
+    template <class Record>
+    Query prepareAdd()
+    {
+        return prepare({Verb::Add, &Schema<Record>::table}, [] { return sql::insertOrReplace(tableOf<Record>()); });
+    }
+
+    template <class Record, class... Parents>
+    static void bindRecord(Statement &statement, const Record &record, Parents... parents)
+    {
+        static_assert(sizeof...(parents) == parentCount<Record>);
+        const std::array<quint32, sizeof...(parents) + 1> identifiers{parents...};
+        std::size_t parent = 0;
+        int position = 1;
+        forEachColumn<Record>([&](const auto &row) {
+            if constexpr (isParentKey<decltype(row)>)
+                statement.bind(position++, identifiers.at(parent++));
+            else
+                bindField(statement, position++, row, record);
+        });
+    }
+
+    /// An insert that, where the row is already stored, changes only the columns of the fields that the record has.
+    template <class Record, class... Parents>
+    Query prepareAddOrUpdate(const Record &record, Parents... parents)
+    {
+        Query query =
+            prepare({Verb::AddOrUpdate, &Schema<Record>::table}, [] { return sql::upsert(tableOf<Record>()); });
+        bindRecord(*query, record, parents...);
+        quint64 present = 0;
+        int position = 0;
+        forEachColumn<Record>([&](const auto &row) {
+            if (isPresent(row, record))
+                present |= 1ULL << static_cast<unsigned>(position);
+            ++position;
+        });
+        query->bind(position + 1, present);
+        return query;
+    }
+
+    template <class Record, class... Identifiers>
+    Query prepareGet(Identifiers... identifiers)
+    {
+        Query query = prepare({Verb::Get, &Schema<Record>::table, sizeof...(identifiers)}, [] {
+            return sql::select(SelectionBuilder::of<Record>()) +
+                   sql::where(firstColumns<Record>(sizeof...(Identifiers)));
+        });
+        bindAll(*query, identifiers...);
+        return query;
+    }
+
+    /// The value is compared as text, which the column's affinity turns into a number where the column holds numbers.
+    template <class Record, class... Parents>
+    Query prepareGetByField(const ModelField &field, std::u16string_view value, Parents... parents)
+    {
+        Query query = prepare({Verb::GetByField, &field, sizeof...(parents)}, [&] {
+            std::vector<std::string> columns = firstColumns<Record>(sizeof...(Parents));
+            columns.push_back(field.column());
+            return sql::select(SelectionBuilder::of<Record>()) + sql::where(columns);
+        });
+        bindAll(*query, parents..., value);
+        return query;
+    }
+
+    /// The records of which the first column is one of the identifiers, in the order of the primary key.
+    template <class Record>
+    Query prepareGetOfMany(const std::vector<quint32> &identifiers)
+    {
+        Query query = prepare({Verb::GetOfMany, &Schema<Record>::table}, [] {
+            return sql::select(SelectionBuilder::of<Record>()) +
+                   sql::whereIsListed(TableModel<Record>::fields.front().column());
+        });
+        query->bindList(1, identifiers);
+        return query;
+    }
+
+    template <class Record, class... Identifiers>
+    Query prepareIsExists(Identifiers... identifiers)
+    {
+        Query query = prepare({Verb::IsExists, &Schema<Record>::table}, [] {
+            const std::vector<std::string> columns = firstColumns<Record>(sizeof...(Identifiers));
+            return sql::select({.table = Schema<Record>::table, .columns = columns, .joins = {}}) + sql::where(columns);
+        });
+        bindAll(*query, identifiers...);
+        return query;
+    }
+
+    template <class Record, class... Identifiers>
+    Query prepareDelete(Identifiers... identifiers)
+    {
+        Query query = prepare({Verb::Delete, &Schema<Record>::table, sizeof...(identifiers)}, [] {
+            return sql::deleteFrom(Schema<Record>::table) + sql::where(firstColumns<Record>(sizeof...(Identifiers)));
+        });
+        bindAll(*query, identifiers...);
+        return query;
+    }
+
+    template <class... Values>
+    static void bindAll(Statement &statement, const Values &...values)
+    {
+        int position = 1;
+        (statement.bind(position++, values), ...);
+    }
+
+    template <class Record>
+    static std::vector<std::string> firstColumns(std::size_t count)
+    {
+        std::vector<std::string> columns;
+        for (const ModelField &field : std::span(TableModel<Record>::fields).first(count))
+            columns.push_back(field.column());
+        return columns;
+    }
+
+private:
+    struct KeyHash {
+        std::size_t operator()(const Key &key) const
+        {
+            return std::hash<const void *>()(key.name) * 31 + static_cast<std::size_t>(key.verb) * 7 + key.number;
+        }
+    };
+
+    /// A statement whose text is a literal, by which it is known.
+    Query prepareText(const char *sql);
 
     template <class Row, class Record>
     static void bindField(Statement &statement, int position, const Row &row, const Record &record)
@@ -186,11 +226,14 @@ private:
         statement.bind(position, other ? std::optional(other->id) : std::nullopt);
     }
 
-    static bool isPresent(quint32) { return true; }
-    template <class Value>
-    static bool isPresent(const std::optional<Value> &value)
+    /// Identifiers are always there.
+    template <class Row, class Record>
+    static bool isPresent(const Row &row, const Record &record)
     {
-        return value.has_value();
+        if constexpr (requires { (record.*row.member).has_value(); })
+            return (record.*row.member).has_value();
+        else
+            return true;
     }
 
     sqlite3 *m_connection = nullptr;

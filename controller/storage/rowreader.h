@@ -4,11 +4,10 @@
 #include "controller/storage/statement.h"
 #include "controller/storage/tablemodel.h"
 
-namespace tarnelLib::controller
-{
+namespace tarnelLib::controller {
 
-/// What a select of a record reads: the record's own columns and, after the row that nests them, those of the records
-/// joined to it. `RowReader` takes the columns in the same order.
+/// What a select of a record reads: the record's own columns and, where a row of the list nests another record, the
+/// columns of that one, joined. `RowReader` takes the columns in the same order.
 class SelectionBuilder
 {
 public:
@@ -17,49 +16,77 @@ public:
     {
         SelectionBuilder builder;
         builder.m_selection.table = Schema<Record>::table;
-        builder.addRecord<Record>(TableModel<Record>::column(&Record::id).column());
+        builder.addRecord<Record>({}, Uncached::IdentifierAlone);
         return std::move(builder.m_selection);
     }
 
 private:
+    /// `identifier` is the column that holds the record's identifier, if it is not the record's own.
     template <class Record>
-    void addRecord(const std::string &identifierColumn)
+    void addRecord(const std::optional<std::string> &identifier, Uncached uncached)
     {
-        forEachField<Record>([&](const auto &row) { add(row, identifierColumn); });
+        std::size_t position = 0;
+        forEachField<Record>([&](const auto &row) {
+            if constexpr (Stored<decltype(row)>) {
+                const std::string column = TableModel<Record>::fields[position++].column();
+                addColumn(
+                    row, identifier && requires { row.keys; } ? *identifier : column, uncached);
+            } else {
+                addFurther(row, uncached);
+            }
+        });
     }
 
-    template <class Record, class Api>
-    void add(const Id<Record, Api> &, const std::string &identifierColumn)
+    template <class Row>
+    void addColumn(const Row &, const std::string &column, Uncached)
     {
-        m_selection.columns.push_back(identifierColumn);
-    }
-
-    template <class Record, class Value, class Api, class ApiMember>
-    void add(const Column<Record, Value, Api, ApiMember> &row, const std::string &)
-    {
-        m_selection.columns.push_back(TableModel<Record>::column(row.member).column());
-    }
-
-    /// The identifier is read from the record's own column, where it stands also while the other row is not stored.
-    template <class Record, class Other, class Api, class ApiMember>
-    void add(const Reference<Record, Other, Api, ApiMember> &row, const std::string &)
-    {
-        join<Other>(TableModel<Record>::column(row.member));
-        addRecord<Other>(TableModel<Record>::column(row.member).column());
+        m_selection.columns.push_back(column);
     }
 
     template <class Record, class Other, class Api, class ApiMember>
-    void add(const Joined<Record, Other, Api, ApiMember> &row, const std::string &)
+    void addColumn(const Reference<Record, Other, Api, ApiMember> &row, const std::string &column, Uncached inherited)
     {
-        join<Other>(TableModel<Record>::column(row.identifier));
-        addRecord<Other>(TableModel<Other>::column(&Other::id).column());
+        const bool isAbsent = inherited == Uncached::Absent || row.options.uncached == Uncached::Absent;
+        const auto identifier = isAbsent ? std::nullopt : std::optional(column);
+        join<Other>(column);
+        addRecord<Other>(identifier, isAbsent ? Uncached::Absent : Uncached::IdentifierAlone);
+    }
+
+    template <class Record, class Other, class Api, class ApiMember, class Identifier>
+    void addFurther(const Joined<Record, Other, Api, ApiMember, Identifier> &row, Uncached inherited)
+    {
+        join<Other>(TableModel<Record>::column(row.identifier).column());
+        addRecord<Other>({}, inherited == Uncached::Absent ? inherited : row.uncached);
+    }
+
+    template <class Record, class Other, class Api, class ApiMember>
+    void addFurther(const Attached<Record, Other, Api, ApiMember> &, Uncached inherited)
+    {
+        join<Other>(TableModel<Record>::column(&Record::id).column());
+        addRecord<Other>({}, inherited);
+    }
+
+    template <class Record, class Value, class Api, class ApiMember, class Other>
+    void addFurther(const Borrowed<Record, Value, Api, ApiMember, Other> &row, Uncached)
+    {
+        m_selection.columns.push_back(TableModel<Other>::column(row.source).column());
+    }
+
+    template <class Record, class Other, class Api, class ApiMember>
+    void addFurther(const ReadApart<Record, Other, Api, ApiMember> &, Uncached)
+    {
+    }
+
+    template <class Record, class Item, class Api, class ApiItem>
+    void addFurther(const Children<Record, Item, Api, ApiItem> &, Uncached)
+    {
     }
 
     template <class Other>
-    void join(const ModelField &namedBy)
+    void join(const std::string &identifier)
     {
         m_selection.joins.push_back(
-            {Schema<Other>::table, TableModel<Other>::column(&Other::id).column(), namedBy.column()});
+            {Schema<Other>::table, TableModel<Other>::column(&Other::id).column() + " = " + identifier});
     }
 
     sql::Selection m_selection;
@@ -90,8 +117,15 @@ private:
         m_row.read(m_column++, record.*field.member);
     }
 
-    template <class Record, class Value, class Api, class ApiMember>
-    void readField(const Column<Record, Value, Api, ApiMember> &field, Record &record)
+    /// The identifiers of enclosing records come first, for those who put lists of several parents together.
+    template <class Record>
+    void readField(const ParentKey &, Record &)
+    {
+        ++m_column;
+    }
+
+    template <HoldsValue Row, class Record>
+    void readField(const Row &field, Record &record)
     {
         m_row.read(m_column++, record.*field.member);
     }
@@ -102,44 +136,37 @@ private:
         readNested(record.*field.member);
     }
 
-    template <class Record, class Other, class Api, class ApiMember>
-    void readField(const Joined<Record, Other, Api, ApiMember> &field, Record &record)
+    template <class Record, class Other, class Api, class ApiMember, class Identifier>
+    void readField(const Joined<Record, Other, Api, ApiMember, Identifier> &field, Record &record)
     {
         readNested(record.*field.member);
+    }
+
+    template <class Record, class Other, class Api, class ApiMember>
+    void readField(const Attached<Record, Other, Api, ApiMember> &field, Record &record)
+    {
+        readNested(record.*field.member);
+    }
+
+    template <class Record, class Other, class Api, class ApiMember>
+    void readField(const ReadApart<Record, Other, Api, ApiMember> &, Record &)
+    {
+    }
+
+    template <class Record, class Item, class Api, class ApiItem>
+    void readField(const Children<Record, Item, Api, ApiItem> &, Record &)
+    {
     }
 
     /// A nested record starts with its identifier, and is absent where that is NULL.
     template <class Other>
     void readNested(std::optional<Other> &other)
     {
+        static const int columns = static_cast<int>(SelectionBuilder::of<Other>().columns.size());
         if (m_row.isNull(m_column))
-            m_column += columnCount<Other>();
+            m_column += columns;
         else
             readRecord(other.emplace());
-    }
-
-    template <class Record>
-    static constexpr int columnCount()
-    {
-        int count = 0;
-        forEachField<Record>([&](const auto &field) { count += columnsOf(field); });
-        return count;
-    }
-
-    template <class Field>
-    static constexpr int columnsOf(const Field &)
-    {
-        return 1;
-    }
-    template <class Record, class Other, class Api, class ApiMember>
-    static constexpr int columnsOf(const Reference<Record, Other, Api, ApiMember> &)
-    {
-        return columnCount<Other>();
-    }
-    template <class Record, class Other, class Api, class ApiMember>
-    static constexpr int columnsOf(const Joined<Record, Other, Api, ApiMember> &)
-    {
-        return columnCount<Other>();
     }
 
     const Statement &m_row;

@@ -14,11 +14,9 @@
 
 #include <array>
 
-namespace tarnelLib::controller
-{
+namespace tarnelLib::controller {
 
-namespace
-{
+namespace {
 
 constexpr std::u16string_view currentVersion = u"0.1";
 
@@ -168,9 +166,17 @@ bool SQLiteDatabase::isDbVersionActual()
 
 bool SQLiteDatabase::isTablesValid()
 {
+    const auto isReadable = [this](Query &&query) { return run(std::move(query), nullptr); };
     return inTransaction([&] {
-        return isReadable<User>() && isReadable<Domain>() && isReadable<Locale>() &&
-               run(m_preparer.prepareGetIp(), nullptr) && run(m_preparer.prepareGetDbVersion(), nullptr);
+        return isReadable(m_preparer.prepareGet<User>(0U)) && isReadable(m_preparer.prepareGet<Domain>(0U)) &&
+               isReadable(m_preparer.prepareGet<Organization>(0U)) && isReadable(m_preparer.prepareGet<Locale>(0U)) &&
+               isReadable(m_preparer.prepareGet<Person>(0U)) && isReadable(m_preparer.prepareGet<Contractor>(0U)) &&
+               isReadable(m_preparer.prepareGet<Contract>(0U)) && isReadable(m_preparer.prepareGet<Zone>(0U, 0U, 0U)) &&
+               isReadable(m_preparer.prepareGet<Section>(0U, 0U)) && isReadable(m_preparer.prepareGet<Device>(0U)) &&
+               isReadable(m_preparer.prepareGet<Location>(0U)) && isReadable(m_preparer.prepareGet<Site>(0U)) &&
+               isReadable(m_preparer.prepareGet<DeviceUser>(0U)) && isReadable(prepareGetEventById(0)) &&
+               isReadable(m_preparer.prepareGet<DeviceUserSectionLink>(0U)) && isReadable(m_preparer.prepareGetIp()) &&
+               isReadable(m_preparer.prepareGetDbVersion());
     });
 }
 
@@ -179,7 +185,20 @@ bool SQLiteDatabase::createTables()
     return inTransaction([&] {
         return run(m_preparer.prepareCreateTable<User>(), "create table users error") &&
                run(m_preparer.prepareCreateTable<Domain>(), "create table domains error") &&
+               run(m_preparer.prepareCreateTable<Organization>(), "create table orgs error") &&
                run(m_preparer.prepareCreateTable<Locale>(), "create table locales error") &&
+               run(m_preparer.prepareCreateTable<Person>(), "create table persons error") &&
+               run(m_preparer.prepareCreateTable<Contractor>(), "create table contractors error") &&
+               run(m_preparer.prepareCreateTable<Contract>(), "create table contracts error") &&
+               run(m_preparer.prepareCreateTable<Zone>(), "create table zones error") &&
+               run(m_preparer.prepareCreateTable<Section>(), "create table sections error") &&
+               run(m_preparer.prepareCreateTable<Device>(), "create table devices error") &&
+               run(m_preparer.prepareCreateTable<Location>(), "create table locations error") &&
+               run(m_preparer.prepareCreateTable<Site>(), "create table sites error") &&
+               run(m_preparer.prepareCreateTable<DeviceUser>(), "create table device users error") &&
+               run(m_preparer.prepareCreateTable<Event>(), "create table events error") &&
+               run(m_preparer.prepareCreateTable<DeviceUserSectionLink>(),
+                   "create table DeviceUserSectionLinks error") &&
                run(m_preparer.prepareCreateSessionTable(), "create table session error") &&
                run(m_preparer.prepareCreateVersionTable(), "create table version error") &&
                run(m_preparer.prepareSetDbVersion(currentVersion), "set verson error");
@@ -208,6 +227,12 @@ bool SQLiteDatabase::run(Query &&query, const char *message)
     while (step == Statement::Step::Row)
         step = use->step();
     return isDone(step, *use, message);
+}
+
+bool SQLiteDatabase::readExists(Query &&query, bool &isExists, const char *message)
+{
+    isExists = false;
+    return readFirst(std::move(query), message, [&](const Statement &) { isExists = true; });
 }
 
 bool SQLiteDatabase::isDone(Statement::Step step, const Statement &statement, const char *message)

@@ -5,8 +5,9 @@
 
 #include <QSqlDatabase>
 
-namespace tarnelLib::controller
-{
+#include <span>
+
+namespace tarnelLib::controller {
 
 /// The storage in one SQLite file, opened through Qt's driver; rows go through the driver's native handle.
 class SQLiteDatabase : public Database
@@ -46,6 +47,75 @@ public:
     bool update(std::optional<User> &user) override;
     bool deleteUser(quint32 id) override;
 
+    bool add(const std::vector<Organization> &organizations) override;
+    bool get(std::vector<Organization> &organizations) override;
+    bool get(std::vector<Organization> &organizations, const ModelField &field, std::u16string_view value) override;
+    bool get(std::optional<Organization> &organization, quint32 id) override;
+    bool update(std::optional<Organization> &organization) override;
+    bool deleteOrganization(quint32 id) override;
+
+    bool add(const std::vector<Contractor> &contractors) override;
+    bool get(std::vector<Contractor> &contractors) override;
+    bool get(std::vector<Contractor> &contractors, const ModelField &field, std::u16string_view value) override;
+    bool get(std::optional<Contractor> &contractor, quint32 id) override;
+    bool update(std::optional<Contractor> &contractor) override;
+    bool deleteContractor(quint32 id) override;
+
+    bool add(const std::vector<Contract> &contracts) override;
+    bool get(std::vector<Contract> &contracts) override;
+    bool get(std::vector<Contract> &contracts, const ModelField &field, std::u16string_view value) override;
+    bool get(std::optional<Contract> &contract, quint32 id) override;
+    bool update(std::optional<Contract> &contract) override;
+    bool deleteContract(quint32 id) override;
+
+    bool get(std::vector<Zone> &zones, quint32 device) override;
+    bool get(std::vector<Zone> &zones, quint32 device, quint32 section) override;
+    bool get(std::vector<Zone> &zones, const ModelField &field, std::u16string_view value, quint32 device) override;
+    bool get(std::vector<Zone> &zones, const ModelField &field, std::u16string_view value, quint32 device,
+             quint32 section) override;
+    bool get(std::optional<Zone> &zone, quint32 device, quint32 section, quint32 id) override;
+    bool update(std::optional<Zone> &zone, quint32 device, quint32 section) override;
+    bool deleteZone(quint32 device, quint32 section, quint32 id) override;
+
+    bool get(std::vector<Section> &sections, quint32 device) override;
+    bool get(std::vector<Section> &sections, const ModelField &field, std::u16string_view value,
+             quint32 device) override;
+    bool get(std::optional<Section> &section, quint32 device, quint32 id) override;
+    bool isSectionExists(bool &isExists, quint32 device, quint32 id) override;
+    bool update(std::optional<Section> &section, quint32 device) override;
+    bool deleteSection(quint32 device, quint32 id) override;
+
+    bool add(const std::vector<Device> &devices) override;
+    bool add(std::optional<Device> &device) override;
+    bool get(std::vector<Device> &devices) override;
+    bool get(std::vector<Device> &devices, const ModelField &field, std::u16string_view value) override;
+    bool get(std::optional<Device> &device, quint32 id) override;
+    bool isDeviceExists(bool &isExists, quint32 id) override;
+    bool update(std::optional<Device> &device) override;
+    bool deleteDevice(quint32 id) override;
+
+    bool add(const std::vector<Site> &sites) override;
+    bool get(std::vector<Site> &sites) override;
+    bool get(std::vector<Site> &sites, const ModelField &field, std::u16string_view value) override;
+    bool get(std::optional<Site> &site, quint32 id) override;
+    bool isSiteExists(bool &isExists, quint32 id) override;
+    bool getSiteFields(std::optional<Text> &name, std::optional<Text> &address, quint32 id) override;
+    bool update(std::optional<Site> &site) override;
+    bool deleteSite(quint32 id) override;
+
+    bool add(std::vector<Event> &events) override;
+    bool add(std::optional<Event> &event) override;
+    bool get(std::vector<Event> &events, quint32 from, quint32 to) override;
+    bool get(std::vector<Event> &events) override;
+    bool isEventExists(bool &isExists, quint32 id) override;
+    bool removeAffectFlag(std::optional<Event> &event, quint32 id) override;
+    bool clearEventsBeforeDateExceptAffects(quint32 date) override;
+
+    bool setServerIp(std::u16string_view address) override;
+    bool getServerIp(std::optional<Text> &address) override;
+    bool clearAll() override;
+    bool clearAllExceptEvents() override;
+
 private:
     // The steps that the operations are made of. A step that fails has logged its message and returns false.
 
@@ -60,43 +130,109 @@ private:
     /// Runs a statement that yields no rows.
     bool run(Query &&query, const char *message);
 
+    /// Inserts records one after another; after the first that fails the others are passed over.
     template <class Record>
-    bool insertAll(const std::vector<Record> &records, const char *message)
+    class Batch
     {
-        const Query query = m_preparer.prepareAdd<Record>();
-        for (const Record &record : records) {
-            QueryPreparer::bindRecord(*query, record);
-            if (query->step() != Statement::Step::Done) {
-                logFailure("execute batch error", *query);
-                logFailure(message, *query);
-                return false;
-            }
-            query->reset();
+    public:
+        Batch(SQLiteDatabase &database, Query &&query, const char *message)
+            : m_database(database), m_query(std::move(query)), m_message(message)
+        {
+            if (!m_query->isPrepared())
+                fail();
         }
-        return true;
+
+        template <class... Parents>
+        void add(const Record &record, Parents... parents)
+        {
+            if (m_hasFailed)
+                return;
+            QueryPreparer::bindRecord(*m_query, record, parents...);
+            if (m_query->step() != Statement::Step::Done)
+                fail();
+            m_query->reset();
+        }
+
+        [[nodiscard]] bool isDone() const { return !m_hasFailed; }
+
+    private:
+        void fail()
+        {
+            m_hasFailed = true;
+            m_database.logFailure("execute batch error", *m_query);
+            m_database.logFailure(m_message, *m_query);
+        }
+
+        SQLiteDatabase &m_database;
+        Query m_query;
+        const char *m_message;
+        bool m_hasFailed = false;
+    };
+
+    template <class Record>
+    Batch<Record> batch(const char *message)
+    {
+        return {*this, m_preparer.prepareAdd<Record>(), message};
+    }
+
+    /// Inserts one record, in place of a stored one.
+    template <class Record>
+    bool replace(const Record &record, const char *message)
+    {
+        Query query = m_preparer.prepareAdd<Record>();
+        QueryPreparer::bindRecord(*query, record);
+        return run(std::move(query), message);
+    }
+
+    template <class Record>
+    bool insertAll(std::span<const Record> records, const char *message)
+    {
+        auto inserts = batch<Record>(message);
+        for (const Record &record : records)
+            inserts.add(record);
+        return inserts.isDone();
+    }
+
+    /// Calls `visit` with each row.
+    template <class Visitor>
+    bool readEach(Query &&query, const char *message, Visitor &&visit)
+    {
+        const Query use = std::move(query);
+        Statement::Step step = use->step();
+        for (; step == Statement::Step::Row; step = use->step())
+            visit(*use);
+        return isDone(step, *use, message);
     }
 
     template <class Record>
     bool readAll(Query &&query, std::vector<Record> &records, const char *message)
     {
-        const Query use = std::move(query);
-        Statement::Step step = use->step();
-        for (; step == Statement::Step::Row; step = use->step())
-            RowReader::read(*use, records.emplace_back());
-        return isDone(step, *use, message);
+        return readEach(std::move(query), message,
+                        [&](const Statement &row) { RowReader::read(row, records.emplace_back()); });
     }
 
-    /// Reads the first row, if there is one; the record is absent otherwise.
+    /// Calls `visit` with the first row, if there is one.
+    template <class Visitor>
+    bool readFirst(Query &&query, const char *message, Visitor &&visit)
+    {
+        const Query use = std::move(query);
+        const Statement::Step step = use->step();
+        if (step != Statement::Step::Row)
+            return isDone(step, *use, message);
+        visit(*use);
+        return true;
+    }
+
+    /// The record is absent if there is no row.
     template <class Record>
     bool readOne(Query &&query, std::optional<Record> &record, const char *message)
     {
-        const Query use = std::move(query);
         record.reset();
-        const Statement::Step step = use->step();
-        if (step == Statement::Step::Row)
-            RowReader::read(*use, record.emplace());
-        return step == Statement::Step::Row || isDone(step, *use, message);
+        return readFirst(std::move(query), message,
+                         [&](const Statement &row) { RowReader::read(row, record.emplace()); });
     }
+
+    bool readExists(Query &&query, bool &isExists, const char *message);
 
     /// Whether a statement ended well; a failure is logged, first as any statement's and then with the message.
     bool isDone(Statement::Step step, const Statement &statement, const char *message);
@@ -117,11 +253,23 @@ private:
         bool m_isOpen = false;
     };
 
-    template <class Record>
-    bool isReadable()
-    {
-        return run(m_preparer.prepareGet<Record>(0), nullptr);
-    }
+    // Statements and steps that one kind alone has.
+    Query prepareDeletePersonOfOrganization(quint32 organization);
+    Query prepareAddLinks();
+    Query prepareDeleteLinksOfSection(quint32 device, quint32 section);
+    Query prepareUpdateDeviceFw(const Device &device);
+    Query prepareGetEventById(quint32 id);
+    bool doAddDevices(const std::vector<const Device *> &devices);
+    bool doGetDevice(std::optional<Device> &device, quint32 id);
+    bool getExtraDeviceFields(std::span<Device> devices);
+    bool getZonesOf(std::span<Section> sections, Query &&zones);
+    bool doGetSectionForDeviceById(std::optional<Section> &section, quint32 device, quint32 id);
+    bool doGetSiteById(std::optional<Site> &site, quint32 id);
+    bool getExtraSiteFields(std::span<Site> sites);
+    bool doAddEvents(std::span<const Event> events);
+    bool createEventsTimeIndex();
+    bool getEventById(std::optional<Event> &event, quint32 id);
+    bool doClearAllExceptEvents();
 
     bool createTables();
     bool useConnection();

@@ -1,13 +1,12 @@
 #include "controller/storage/sqltext.h"
 
+#include <algorithm>
 #include <initializer_list>
-#include <span>
+#include <iterator>
 
-namespace tarnelLib::controller::sql
-{
+namespace tarnelLib::controller::sql {
 
-namespace
-{
+namespace {
 
 std::string concatenated(std::initializer_list<std::string_view> parts)
 {
@@ -30,14 +29,16 @@ std::string list(const Items &items, ToText &&toText)
     return text;
 }
 
-std::string names(std::span<const TableColumn> columns)
+std::string names(const std::vector<TableColumn> &columns)
 {
     return list(columns, [](const TableColumn &column) -> const std::string & { return column.name; });
 }
 
-std::span<const TableColumn> keyOf(const Table &table)
+std::vector<TableColumn> primaryKeyOf(const Table &table)
 {
-    return std::span(table.columns).first(table.keyCount);
+    std::vector<TableColumn> key;
+    std::ranges::copy_if(table.columns, std::back_inserter(key), &TableColumn::isPrimaryKey);
+    return key;
 }
 
 std::string insert(std::string_view verb, const Table &table)
@@ -50,18 +51,24 @@ std::string insert(std::string_view verb, const Table &table)
 
 std::string createTable(const Table &table)
 {
-    const bool hasSingleKey = table.keyCount == 1;
+    // A key of one column stands beside the column, one of several at the end.
+    const std::vector<TableColumn> key = primaryKeyOf(table);
+    const bool hasSingleKey = key.size() == 1;
     const std::string columns = list(table.columns, [&](const TableColumn &column) {
-        const bool isKey = hasSingleKey && &column == table.columns.data();
-        return concatenated({column.name, " ", column.type, isKey ? " PRIMARY KEY" : ""});
+        return concatenated({column.name, " ", column.type, hasSingleKey && column.isPrimaryKey ? " PRIMARY KEY" : ""});
     });
-    const std::string key = hasSingleKey ? "" : concatenated({",PRIMARY KEY(", names(keyOf(table)), ")"});
-    return concatenated({"CREATE TABLE ", table.name, " (", columns, key, ")"});
+    const std::string combinedKey = hasSingleKey ? "" : concatenated({",PRIMARY KEY(", names(key), ")"});
+    return concatenated({"CREATE TABLE ", table.name, " (", columns, combinedKey, ")"});
 }
 
 std::string insertOrReplace(const Table &table)
 {
     return insert("INSERT OR REPLACE INTO", table);
+}
+
+std::string insertOrIgnore(const Table &table)
+{
+    return insert("INSERT OR IGNORE INTO", table);
 }
 
 std::string upsert(const Table &table)
@@ -73,7 +80,7 @@ std::string upsert(const Table &table)
                              column.name, " END"});
     });
     return concatenated(
-        {insert("INSERT INTO", table), " ON CONFLICT(", names(keyOf(table)), ") DO UPDATE SET ", assignments});
+        {insert("INSERT INTO", table), " ON CONFLICT(", names(primaryKeyOf(table)), ") DO UPDATE SET ", assignments});
 }
 
 std::string select(const Selection &selection)
@@ -81,7 +88,8 @@ std::string select(const Selection &selection)
     const std::string columns = list(selection.columns, [](const std::string &column) { return column; });
     std::string text = concatenated({"SELECT ", columns, " FROM ", selection.table});
     for (const Join &join : selection.joins)
-        text += concatenated({" LEFT JOIN ", join.table, " ON ", join.column, " = ", join.otherColumn});
+        text += concatenated(
+            {join.kind == JoinKind::Left ? " LEFT JOIN " : " INNER JOIN ", join.table, " ON ", join.condition});
     return text;
 }
 
@@ -90,9 +98,17 @@ std::string deleteFrom(std::string_view table)
     return concatenated({"DELETE FROM ", table});
 }
 
-std::string where(std::string_view column)
+std::string where(const std::vector<std::string> &columns)
 {
-    return concatenated({" WHERE ", column, " = ?"});
+    std::string text;
+    for (const std::string &column : columns)
+        text += concatenated({text.empty() ? " WHERE " : " AND ", column, " = ?"});
+    return text;
+}
+
+std::string whereIsListed(std::string_view column)
+{
+    return concatenated({" WHERE ", column, " IN (SELECT value FROM json_each(?))"});
 }
 
 } // namespace tarnelLib::controller::sql

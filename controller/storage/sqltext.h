@@ -5,27 +5,28 @@
 #include <vector>
 
 /// The texts of the SQL statements, composed from names.
-namespace tarnelLib::controller::sql
-{
+namespace tarnelLib::controller::sql {
 
 /// A column as it stands in the table's definition.
 struct TableColumn {
     std::string name;
     std::string_view type;
+    bool isPrimaryKey;
 };
 
-/// A table with its columns, of which the first `keyCount` are the primary key.
 struct Table {
     std::string_view name;
     std::vector<TableColumn> columns;
-    std::size_t keyCount = 1;
 };
 
-/// A table that a select joins, with the two columns that must be equal.
+/// Whether a row without a partner in the joined table is read.
+enum class JoinKind { Left, Inner };
+
+/// A table that a select joins, with the condition.
 struct Join {
     std::string_view table;
-    std::string column;
-    std::string otherColumn;
+    std::string condition;
+    JoinKind kind = JoinKind::Left;
 };
 
 /// What a select reads: columns of a table and of those joined to it.
@@ -44,10 +45,16 @@ std::string insertOrReplace(const Table &table);
 /// columns whose bit (counted from the first column) is not set.
 std::string upsert(const Table &table);
 
+/// A row that is stored already is left as it is.
+std::string insertOrIgnore(const Table &table);
+
 std::string select(const Selection &selection);
 std::string deleteFrom(std::string_view table);
 
-/// The condition that a column equals a marker's value, to be appended to a statement that has none yet.
-std::string where(std::string_view column);
+/// The condition that each of the columns equals a marker's value, to be appended to a statement that has none.
+std::string where(const std::vector<std::string> &columns);
+
+/// The condition that a column equals one of the numbers in a marker's list (`Statement::bindList`).
+std::string whereIsListed(std::string_view column);
 
 } // namespace tarnelLib::controller::sql

@@ -8,8 +8,7 @@
 #include <new>
 #include <string>
 
-namespace tarnelLib::controller
-{
+namespace tarnelLib::controller {
 
 QString driverErrorText(sqlite3 *connection, const char *attempt)
 {
@@ -82,6 +81,15 @@ void Statement::bind(int position, std::u16string_view value)
 void Statement::bindNull(int position)
 {
     keepBindError(sqlite3_bind_null(m_handle, position));
+}
+
+void Statement::bindList(int position, const std::vector<quint32> &values)
+{
+    std::string json = "[";
+    for (const quint32 value : values)
+        json.append(json.size() > 1 ? "," : "").append(std::to_string(value));
+    json.append("]");
+    keepBindError(sqlite3_bind_text64(m_handle, position, json.data(), json.size(), SQLITE_TRANSIENT, SQLITE_UTF8));
 }
 
 Statement::Step Statement::step()

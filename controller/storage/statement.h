@@ -5,13 +5,14 @@
 #include <QString>
 
 #include <optional>
+#include <string>
 #include <string_view>
+#include <vector>
 
 struct sqlite3;
 struct sqlite3_stmt;
 
-namespace tarnelLib::controller
-{
+namespace tarnelLib::controller {
 
 /// The text that Qt's SQLite driver gives for the connection's last error; `attempt` is the driver's word for what
 /// was tried.
@@ -42,6 +43,8 @@ public:
     void bind(int position, std::u16string_view value);
     void bind(int position, const Text &value) { bind(position, value.view()); }
     void bindNull(int position);
+    /// Binds numbers as one value, a JSON array.
+    void bindList(int position, const std::vector<quint32> &values);
     template <class Value>
     void bind(int position, const std::optional<Value> &value)
     {

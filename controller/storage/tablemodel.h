@@ -5,20 +5,31 @@
 #include <array>
 #include <string>
 
-namespace tarnelLib::controller
-{
+namespace tarnelLib::controller {
 
-/// The names of one column: in the table and in JSON.
+/// The names of one column: in the table and in filters.
 struct ModelField {
     std::string_view table;
     std::string_view field; ///< The column is the table's name followed by this.
-    std::string_view key;   ///< The JSON key; empty if the value comes from an enclosing record.
+    std::string_view key;   ///< The JSON key in filters; empty if lists cannot be filtered by the column.
 
     /// The column's name. It is unique in the whole database, so that joins need no qualifiers.
     [[nodiscard]] std::string column() const { return std::string(table).append(field); }
 };
 
-/// The names of a record's table, in the order of its field list.
+/// The word for a column in filters.
+template <class Row>
+constexpr std::string_view filterKey(const Row &row)
+{
+    if constexpr (requires { row.filter; })
+        return row.filter == Filter::Accepted ? row.key : std::string_view();
+    else if constexpr (requires { row.key; })
+        return row.key;
+    else
+        return {};
+}
+
+/// The names of a record's table and its columns, in their order.
 template <class Record>
 class TableModel
 {
@@ -33,7 +44,7 @@ public:
         }();
         std::array<ModelField, count> names{};
         std::size_t position = 0;
-        forEachColumn<Record>([&](const auto &row) { names[position++] = {table, row.field, row.key}; });
+        forEachColumn<Record>([&](const auto &row) { names[position++] = {table, row.field, filterKey(row)}; });
         return names;
     }();
 
@@ -41,11 +52,10 @@ public:
     template <class Member>
     static constexpr const ModelField &column(Member Record::*member)
     {
-        std::size_t found = fields.size();
         std::size_t position = 0;
+        std::size_t found = fields.size();
         forEachColumn<Record>([&](const auto &row) {
-            if constexpr (std::is_same_v<decltype(row.member), const Member Record::*> ||
-                          std::is_same_v<std::remove_cv_t<decltype(row.member)>, Member Record::*>) {
+            if constexpr (requires { row.member == member; }) {
                 if (row.member == member)
                     found = position;
             }
@@ -55,7 +65,7 @@ public:
     }
 };
 
-/// Maps the key of a filter to its column; null for a key that the record's requests do not have.
+/// Maps the key of a filter to its column; null for a word that is no filter of the record.
 template <class Record>
 const ModelField *toTableField(std::u16string_view key)
 {

@@ -1,16 +1,15 @@
 #include "controller/storage/sqlitedatabase.h"
 
-namespace tarnelLib::controller
-{
+namespace tarnelLib::controller {
 
 bool SQLiteDatabase::add(const std::vector<User> &users)
 {
-    return inTransaction([&] { return insertAll(users, "add users error"); });
+    return inTransaction([&] { return insertAll(std::span(users), "add users error"); });
 }
 
 bool SQLiteDatabase::get(std::vector<User> &users)
 {
-    return readAll(m_preparer.prepareGetAll<User>(), users, "get users error");
+    return readAll(m_preparer.prepareGet<User>(), users, "get users error");
 }
 
 bool SQLiteDatabase::get(std::vector<User> &users, const ModelField &field, std::u16string_view value)

@@ -2,8 +2,7 @@
 
 #include <cstdlib>
 
-namespace demo
-{
+namespace demo {
 
 namespace fs = std::filesystem;
 

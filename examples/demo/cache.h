@@ -10,8 +10,7 @@
 
 /// How a C++ client can wrap the library's plain C: what must be released is released, and a code that is not success
 /// becomes an exception.
-namespace demo
-{
+namespace demo {
 
 namespace api = tarnelLib::api;
 

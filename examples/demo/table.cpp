@@ -4,11 +4,9 @@
 #include <iostream>
 #include <sstream>
 
-namespace demo
-{
+namespace demo {
 
-namespace
-{
+namespace {
 
 constexpr std::size_t lineWidth = 100;
 

@@ -5,8 +5,7 @@
 #include <optional>
 #include <vector>
 
-namespace demo
-{
+namespace demo {
 
 /// A value of an optional field, as the library hands it out; a dash where the record has none.
 template <class Value>

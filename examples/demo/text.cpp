@@ -3,11 +3,9 @@
 #include <clocale>
 #include <cwchar>
 
-namespace demo
-{
+namespace demo {
 
-namespace
-{
+namespace {
 
 constexpr char32_t replacement = 0xfffd;
 

@@ -4,8 +4,7 @@
 #include <string_view>
 
 /// Between the library's UTF-16 and a terminal's UTF-8.
-namespace demo
-{
+namespace demo {
 
 std::string utf8(std::u16string_view text);
 

@@ -5,11 +5,9 @@
 
 #include <algorithm>
 
-namespace generator
-{
+namespace generator {
 
-namespace
-{
+namespace {
 
 constexpr std::uint32_t operatorsPerDomain = 4;
 

@@ -5,8 +5,7 @@
 
 #include <algorithm>
 
-namespace generator
-{
+namespace generator {
 
 struct Language;
 

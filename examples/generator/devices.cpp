@@ -3,8 +3,7 @@
 #include "generator/wording.h"
 
 /// The devices with what is programmed into them.
-namespace generator
-{
+namespace generator {
 
 Centre::DeviceShape Centre::shapeOfDevice(std::uint32_t device) const
 {

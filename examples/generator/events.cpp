@@ -3,11 +3,9 @@
 #include "generator/wording.h"
 
 /// The history: what the devices report.
-namespace generator
-{
+namespace generator {
 
-namespace
-{
+namespace {
 
 /// How many of a day's hundred events lie before each hour, in local habits of opening and closing.
 constexpr std::array<std::uint32_t, 25> eventsBeforeHour = {0,  2,  4,  5,  6,  8,  12, 19, 29, 37, 41, 45, 49,

@@ -2,11 +2,9 @@
 
 #include <charconv>
 
-namespace generator
-{
+namespace generator {
 
-namespace
-{
+namespace {
 
 template <class Value>
 void appendNumber(std::u16string &text, Value number)

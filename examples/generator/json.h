@@ -6,8 +6,7 @@
 #include <type_traits>
 
 /// The texts of requests, in UTF-16, as the library takes them.
-namespace generator
-{
+namespace generator {
 
 /// Appends records and values to a text as JSON.
 class JsonWriter

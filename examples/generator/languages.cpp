@@ -1,7 +1,6 @@
 #include "generator/languages.h"
 
-namespace generator
-{
+namespace generator {
 
 // One block per language, in the order of the members: the columns are worth more here than the line length.
 // clang-format off

@@ -4,8 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
-namespace generator
-{
+namespace generator {
 
 using std::u16string_view;
 

@@ -3,8 +3,7 @@
 #include <cstdint>
 #include <initializer_list>
 
-namespace generator
-{
+namespace generator {
 
 /// A stream of numbers that is the same with every compiler, library and machine, as long as no expression takes two
 /// of them: in which order would be the compiler's choice.

@@ -10,8 +10,7 @@
 ///
 /// Each record names its fields once, in `visit`: with the JSON key and the value, in the order in which they are
 /// written. Identifiers count up from `firstId`; `deleteKey` is where a delete request names the record.
-namespace generator
-{
+namespace generator {
 
 using Text = std::optional<std::u16string>;
 using Number = std::optional<std::uint32_t>;

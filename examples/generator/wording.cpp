@@ -1,10 +1,8 @@
 #include "generator/wording.h"
 
-namespace generator
-{
+namespace generator {
 
-namespace
-{
+namespace {
 
 std::u16string filled(u16string_view pattern, const Language &language, u16string_view city, Random &random)
 {

@@ -6,8 +6,7 @@
 #include <string>
 
 /// Names, addresses and numbers in a language, from a stream of random numbers.
-namespace generator
-{
+namespace generator {
 
 std::u16string decimal(std::uint64_t number);
 

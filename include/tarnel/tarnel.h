@@ -74,10 +74,8 @@ typedef enum TarnelState {
 } TarnelState;
 
 #ifdef __cplusplus
-namespace tarnelLib
-{
-namespace api
-{
+namespace tarnelLib {
+namespace api {
 #endif
 
 /** A language or regional setting. */
@@ -108,6 +106,165 @@ typedef struct User {
     Domain *domain;            /**< The domain of `domainId`, if it is in the cache; never part of a request. */
     unsigned int *phone;       /**< "phone": number. */
 } User;
+
+/** The contact of an organization; it is stored, and deleted, with the organization. */
+typedef struct Person {
+    unsigned int id;        /**< "id": number. */
+    unsigned short *name;   /**< "name": string. */
+    unsigned short *phone;  /**< "phone": string. */
+    unsigned short *email;  /**< "email": string. */
+    unsigned short *postal; /**< "postal": string. */
+} Person;
+
+/** A legal entity known to the service. */
+typedef struct Organization {
+    unsigned int id;              /**< "org_id": number. */
+    unsigned short *inn;          /**< "inn": string; a registration number, as are `kpp` and `ogrn`. */
+    unsigned short *officialName; /**< "off_name": string. */
+    unsigned short *shortName;    /**< "short_name": string. */
+    unsigned short *kpp;          /**< "kpp": string. */
+    unsigned short *ogrn;         /**< "ogrn": string. */
+    unsigned short *address;      /**< "address_text": string. */
+    Person *contact;              /**< "contact": object with the keys of `Person`. */
+    Locale *locale;               /**< "locale_id": number. Null while that locale is not in the cache. */
+} Organization;
+
+/** The party with which service contracts are made. */
+typedef struct Contractor {
+    unsigned int id;              /**< "id": number. */
+    unsigned short *inn;          /**< "inn": string; the taxpayer number. */
+    unsigned int *orgId;          /**< "org_id": number; the related organization's identifier. */
+    unsigned int *type;           /**< "type": number. */
+    unsigned short *officialName; /**< "off_name": string. */
+    unsigned short *name;         /**< "name": string. */
+    unsigned short *extra;        /**< "extra": string. */
+} Contractor;
+
+/** A service agreement. */
+typedef struct Contract {
+    unsigned int id;             /**< "id": number. */
+    unsigned short *number;      /**< "number": string. */
+    Contractor *contractor;      /**< "contractor_id": number. Null while that contractor is not in the cache. */
+    unsigned short *name;        /**< "c_name": string. */
+    unsigned int *status;        /**< "status": number. */
+    unsigned int *date;          /**< "date": number. */
+    unsigned short *description; /**< "description": string. */
+    unsigned short *extra;       /**< "extra": string. */
+    User *user;                  /**< "operator_id": number. Null while that user is not in the cache. */
+} Contract;
+
+/** A detection zone of an alarm device. Its number is unique within the device. */
+typedef struct Zone {
+    unsigned int id;          /**< "id": number. */
+    unsigned short *name;     /**< "name": string. */
+    unsigned int *detector;   /**< "detector": number. */
+    unsigned int *physic;     /**< "physic": number. */
+    unsigned int *form;       /**< "form": number. */
+    unsigned int *flags;      /**< "flags": number. */
+    unsigned int *delay;      /**< "delay": number. */
+    unsigned int *scheduleId; /**< "schedule_id": number. */
+    unsigned int *tracert;    /**< "tracert": number. */
+    unsigned int *uidType;    /**< "uid_type": number. */
+    unsigned int *arm;        /**< "arm": number. */
+} Zone;
+
+/** A partition of an alarm device. */
+typedef struct Section {
+    unsigned int id;          /**< "id": number. */
+    unsigned short *name;     /**< "name": string. */
+    unsigned int *scheduleId; /**< "schedule_id": number. */
+    Zone *zones;              /**< "zones": array of zones. */
+    unsigned int zonesCount;
+    unsigned int *tracert;  /**< "tracert": number. */
+    unsigned int *flags;    /**< "flags": number. */
+    unsigned int *detector; /**< "detector": number. */
+    unsigned int *arm;      /**< "arm": number. */
+    unsigned int *physic;   /**< "physic": number. */
+    unsigned int *form;     /**< "form": number. */
+    unsigned int *delay;    /**< "delay": number. */
+    unsigned int *uidType;  /**< "uid_type": number. */
+} Section;
+
+/** A person who is programmed into an alarm device. */
+typedef struct DeviceUser {
+    unsigned int id;         /**< "user_index": number. */
+    unsigned short *name;    /**< "name": string. */
+    unsigned short *comment; /**< "comment": string. */
+    unsigned short *phone;   /**< "phone": string. */
+    unsigned int *sections;  /**< "sections": array of numbers; the sections that the person may operate. */
+    unsigned int sectionsCount;
+} DeviceUser;
+
+/** An alarm device with all that is programmed into it. */
+typedef struct Device {
+    unsigned int id;             /**< "id": number. */
+    unsigned int *account;       /**< "account": number. */
+    Domain *domain;              /**< The domain of `domainId`, if it is in the cache; never part of a request. */
+    unsigned int *configVersion; /**< "config_version": number. */
+    Section *sections;           /**< "sections": array of sections. */
+    unsigned int sectionsCount;
+    DeviceUser *deviceUsers; /**< "users": array of device users. */
+    unsigned int deviceUsersCount;
+    bool *isParted;          /**< "parted": number, 1 for partitioned. */
+    unsigned int *clusterId; /**< "cluster_id": number. Devices cannot be filtered by it. */
+    unsigned int *domainId;  /**< "domain": number. */
+} Device;
+
+/** The coordinates of a site, in degrees. */
+typedef struct Location {
+    unsigned int id;   /**< The site's identifier; never part of a request. */
+    double *latitude;  /**< "lat": number. */
+    double *longitude; /**< "lon": number. */
+} Location;
+
+/** A guarded site. */
+typedef struct Site {
+    unsigned int id;         /**< "id": number. */
+    unsigned short *name;    /**< "name": string. */
+    unsigned short *comment; /**< "comment": string. */
+    unsigned short *extra;   /**< "extra": string. */
+    bool *isCrossing;        /**< "is_crossing": number, 1 for set. */
+    Domain *domain;          /**< The domain of `domainId`, if it is in the cache; never part of a request. */
+    unsigned short *address; /**< "address_text": string. */
+    Contract *contract;      /**< The contract of `contractId`, if it is in the cache; never part of a request. */
+    int *contractStatus;     /**< "contract_status": whole number within 32 bits; any other is stored as 0. */
+    unsigned int *type;      /**< "type": number. */
+    unsigned int *category;  /**< "category": number. */
+    unsigned int *armMode;   /**< "arm_mode": number. */
+    bool *isDelegated;       /**< "delegated": number, 1 for set. */
+    Device *devices;         /**< "devices": array of devices, stored by `addSites`. Always null in what is read. */
+    unsigned int devicesCount;
+    unsigned int *domainId; /**< "domain": number. */
+    Location *location;     /**< "location": object with the keys of `Location`. */
+    int *contractId;        /**< "contract_id": whole number within 32 bits; any other is stored as 0. */
+    bool *isSitePlanExists; /**< "site_plan": number, 1 if there is a plan. */
+} Site;
+
+/** An entry of the alarm and monitoring history. */
+typedef struct Event {
+    unsigned int id;             /**< "id": number. */
+    unsigned int *time;          /**< "time": number, of a unit that the client chooses. */
+    int *deviceId;               /**< "device": whole number within 32 bits; any other is stored as 0. */
+    unsigned int *sectionId;     /**< "section": number. */
+    unsigned int *zoneId;        /**< "zone": number. */
+    unsigned char *active;       /**< "active": number, of which the low 8 bits are stored; so with the next three. */
+    unsigned char *eventClass;   /**< "class": number. */
+    unsigned char *detector;     /**< "detector": number. */
+    unsigned char *reason;       /**< "reason": number. */
+    unsigned int *localTime;     /**< "localtime": number; the time in the device's own reckoning. */
+    int *channel;                /**< "channel": whole number within 32 bits; any other is stored as 0. */
+    unsigned short *data;        /**< "data": string. */
+    unsigned int *reviewId;      /**< "review_id": number. */
+    unsigned char *reviewState;  /**< "review_state": number, of which the low 8 bits are stored. */
+    unsigned int *userId;        /**< "operator_id": number. */
+    bool *isClosed;              /**< "is_closed": number, 1 for closed. */
+    bool *affect;                /**< "affect": number, 1 for an event that must outlive the pruning of the history. */
+    unsigned short *jData;       /**< "jdata": string, kept as it is. */
+    unsigned int *deviceAccount; /**< The account of the device; this and the next three are never part of a request. */
+    unsigned short *sectionName; /**< The name of the section. */
+    unsigned short *zoneName;    /**< The name of the zone. */
+    unsigned short *domainName;  /**< The name of the domain of the user `userId`. */
+} Event;
 
 #ifdef __cplusplus
 } /* namespace api */
@@ -268,6 +425,348 @@ TARNEL_EXPORT unsigned int freeUser(TARNEL_STRUCT(User) * user);
 
 /** Releases a block of users; as `freeLocalesArray`. */
 TARNEL_EXPORT unsigned int freeUsersArray(TARNEL_STRUCT(User) * users, unsigned int count);
+
+/* ---- Organizations
+ * ---------------------------------------------------------------------------------------------------- */
+
+/** Stores organizations with their contacts; as `addLocales`. */
+TARNEL_EXPORT unsigned int addOrganizations(const unsigned short *text, unsigned int length);
+
+/** Reads one organization with its contact and locale, to be released with `freeOrganization`; as `getLocale`. */
+TARNEL_EXPORT unsigned int getOrganization(TARNEL_STRUCT(Organization) * *organization, unsigned int id);
+
+/** Reads all organizations with its contact and locale, to be released with `freeOrganizationsArray`; as `getLocales`.
+ */
+TARNEL_EXPORT unsigned int getOrganizations(TARNEL_STRUCT(Organization) * *organizations, unsigned int *count);
+
+/** Reads the organizations of which one field equals a value; as `getLocalesWithParams`, with the JSON keys given at
+ * `Organization`. */
+TARNEL_EXPORT unsigned int getOrganizationsWithParams(TARNEL_STRUCT(Organization) * *organizations, unsigned int *count,
+                                                      const unsigned short *field, unsigned int fieldLength,
+                                                      const unsigned short *value, unsigned int valueLength);
+
+/** Changes the fields of an organization that the request carries, and hands it back; as `updateDomain`. A contact in
+ * the request replaces the stored person of its identifier whole. */
+TARNEL_EXPORT unsigned int updateOrganization(TARNEL_STRUCT(Organization) * *organization, const unsigned short *text,
+                                              unsigned int length);
+
+/** Deletes an organization, named under "org_id"; as `deleteDomain`. Its contact is deleted with it, also if another
+ * organization has the same one. */
+TARNEL_EXPORT unsigned int deleteOrganization(const unsigned short *text, unsigned int length);
+
+/** Releases an organization and all that it holds; as `freeLocale`. */
+TARNEL_EXPORT unsigned int freeOrganization(TARNEL_STRUCT(Organization) * organization);
+
+/** Releases a block of organizations; as `freeLocalesArray`. */
+TARNEL_EXPORT unsigned int freeOrganizationsArray(TARNEL_STRUCT(Organization) * organizations, unsigned int count);
+
+/* ---- Contractors
+ * ------------------------------------------------------------------------------------------------------ */
+
+/** Stores contractors; as `addLocales`. */
+TARNEL_EXPORT unsigned int addContractors(const unsigned short *text, unsigned int length);
+
+/** Reads one contractor, to be released with `freeContractor`; as `getLocale`. */
+TARNEL_EXPORT unsigned int getContractor(TARNEL_STRUCT(Contractor) * *contractor, unsigned int id);
+
+/** Reads all contractors, to be released with `freeContractorsArray`; as `getLocales`. */
+TARNEL_EXPORT unsigned int getContractors(TARNEL_STRUCT(Contractor) * *contractors, unsigned int *count);
+
+/** Reads the contractors of which one field equals a value; as `getLocalesWithParams`, with the JSON keys given at
+ * `Contractor`. */
+TARNEL_EXPORT unsigned int getContractorsWithParams(TARNEL_STRUCT(Contractor) * *contractors, unsigned int *count,
+                                                    const unsigned short *field, unsigned int fieldLength,
+                                                    const unsigned short *value, unsigned int valueLength);
+
+/** Changes the fields of a contractor that the request carries, and hands it back; as `updateDomain`. */
+TARNEL_EXPORT unsigned int updateContractor(TARNEL_STRUCT(Contractor) * *contractor, const unsigned short *text,
+                                            unsigned int length);
+
+/** Deletes a contractor, named under "id"; as `deleteDomain`. Contracts that name it stay as they are. */
+TARNEL_EXPORT unsigned int deleteContractor(const unsigned short *text, unsigned int length);
+
+/** Releases a contractor and all that it holds; as `freeLocale`. */
+TARNEL_EXPORT unsigned int freeContractor(TARNEL_STRUCT(Contractor) * contractor);
+
+/** Releases a block of contractors; as `freeLocalesArray`. */
+TARNEL_EXPORT unsigned int freeContractorsArray(TARNEL_STRUCT(Contractor) * contractors, unsigned int count);
+
+/* ---- Contracts
+ * -------------------------------------------------------------------------------------------------------- */
+
+/** Stores contracts; as `addLocales`. */
+TARNEL_EXPORT unsigned int addContracts(const unsigned short *text, unsigned int length);
+
+/** Reads one contract with its contractor and operator, to be released with `freeContract`; as `getLocale`. */
+TARNEL_EXPORT unsigned int getContract(TARNEL_STRUCT(Contract) * *contract, unsigned int id);
+
+/** Reads all contracts with its contractor and operator, to be released with `freeContractsArray`; as `getLocales`. */
+TARNEL_EXPORT unsigned int getContracts(TARNEL_STRUCT(Contract) * *contracts, unsigned int *count);
+
+/** Reads the contracts of which one field equals a value; as `getLocalesWithParams`, with the JSON keys given at
+ * `Contract`. */
+TARNEL_EXPORT unsigned int getContractsWithParams(TARNEL_STRUCT(Contract) * *contracts, unsigned int *count,
+                                                  const unsigned short *field, unsigned int fieldLength,
+                                                  const unsigned short *value, unsigned int valueLength);
+
+/** Changes the fields of a contract that the request carries, and hands it back; as `updateDomain`. */
+TARNEL_EXPORT unsigned int updateContract(TARNEL_STRUCT(Contract) * *contract, const unsigned short *text,
+                                          unsigned int length);
+
+/** Deletes a contract, named under "id"; as `deleteDomain`. Sites that name it stay as they are. */
+TARNEL_EXPORT unsigned int deleteContract(const unsigned short *text, unsigned int length);
+
+/** Releases a contract and all that it holds; as `freeLocale`. */
+TARNEL_EXPORT unsigned int freeContract(TARNEL_STRUCT(Contract) * contract);
+
+/** Releases a block of contracts; as `freeLocalesArray`. */
+TARNEL_EXPORT unsigned int freeContractsArray(TARNEL_STRUCT(Contract) * contracts, unsigned int count);
+
+/* ---- Devices
+ * ---------------------------------------------------------------------------------------------------------- */
+
+/**
+ * Stores devices with all that is programmed into them; as `addLocales`.
+ *
+ * A section, zone or device user that is stored already is replaced whole; what is stored for a device and is not in
+ * the request stays. Of two zones of one number in a device the last stays, whatever their sections.
+ */
+TARNEL_EXPORT unsigned int addDevices(const unsigned short *text, unsigned int length);
+
+/**
+ * Stores one device, as `addDevices` does, and hands it back as it is stored now.
+ *
+ * @param device  receives the device, to be released with `freeDevice`; must point to null
+ * @param text    `{"D": device}`, of `length` code units
+ * @return TARNEL_SUCCESS; TARNEL_INVALID_REQUEST or TARNEL_INVALID_ARGUMENT if the request is refused;
+ *         TARNEL_WRITE_FAILED
+ */
+TARNEL_EXPORT unsigned int addDevice(TARNEL_STRUCT(Device) * *device, const unsigned short *text, unsigned int length);
+
+/** Reads one device with its domain, sections, zones and device users, to be released with `freeDevice`; as
+ * `getLocale`. */
+TARNEL_EXPORT unsigned int getDevice(TARNEL_STRUCT(Device) * *device, unsigned int id);
+
+/** Reads all devices with its domain, sections, zones and device users, to be released with `freeDevicesArray`; as
+ * `getLocales`. */
+TARNEL_EXPORT unsigned int getDevices(TARNEL_STRUCT(Device) * *devices, unsigned int *count);
+
+/** Reads the devices of which one field ("id", "account", "domain", "config_version", "parted") equals a value; as
+ *  `getLocalesWithParams`. */
+TARNEL_EXPORT unsigned int getDevicesWithParams(TARNEL_STRUCT(Device) * *devices, unsigned int *count,
+                                                const unsigned short *field, unsigned int fieldLength,
+                                                const unsigned short *value, unsigned int valueLength);
+
+/** Sets the configuration version of a stored device ("id", "config_version"; none empties it), changes nothing else,
+ *  and hands the device back; as `updateDomain`, but TARNEL_NOT_FOUND for a device that is not stored. */
+TARNEL_EXPORT unsigned int updateDeviceFw(TARNEL_STRUCT(Device) * *device, const unsigned short *text,
+                                          unsigned int length);
+
+/** Deletes a device, named under "id"; as `deleteDomain`. Its sections, zones, device users and their section lists are
+ * deleted with it; its events stay. */
+TARNEL_EXPORT unsigned int deleteDevice(const unsigned short *text, unsigned int length);
+
+/** Releases a device and all that it holds; as `freeLocale`. */
+TARNEL_EXPORT unsigned int freeDevice(TARNEL_STRUCT(Device) * device);
+
+/** Releases a block of devices; as `freeLocalesArray`. */
+TARNEL_EXPORT unsigned int freeDevicesArray(TARNEL_STRUCT(Device) * devices, unsigned int count);
+
+/* ---- Sections
+ * --------------------------------------------------------------------------------------------------------- */
+
+/** Reads one section of a device with its zones, to be released with `freeSection`; as `getLocale`. */
+TARNEL_EXPORT unsigned int getSection(TARNEL_STRUCT(Section) * *section, unsigned int device, unsigned int id);
+
+/** Reads the sections of a device with their zones, to be released with `freeSectionsArray`; as `getLocales`. */
+TARNEL_EXPORT unsigned int getSections(TARNEL_STRUCT(Section) * *sections, unsigned int *count, unsigned int device);
+
+/** Reads the sections of a device of which one field equals a value; as `getLocalesWithParams`, with the JSON keys
+ * given at `Section` except "zones". */
+TARNEL_EXPORT unsigned int getSectionsWithParams(TARNEL_STRUCT(Section) * *sections, unsigned int *count,
+                                                 const unsigned short *field, unsigned int fieldLength,
+                                                 const unsigned short *value, unsigned int valueLength,
+                                                 unsigned int device);
+
+/**
+ * Changes the fields of a section that the request carries; stores the section if it is new. Zones in it are not
+ * stored.
+ *
+ * @param section  receives the section as it is stored now, to be released with `freeSection`; must point to null
+ * @param text     an "update" request, which names the device under "device" and the section under "id" or "section",
+ *                 of `length` code units
+ * @return TARNEL_SUCCESS; TARNEL_INVALID_REQUEST or TARNEL_INVALID_ARGUMENT if the request is refused;
+ *         TARNEL_WRITE_FAILED; TARNEL_PARENT_NOT_FOUND if the device is not in the cache, and TARNEL_READ_FAILED if
+ * that could not be told: with these two the section is stored, and not handed out
+ */
+TARNEL_EXPORT unsigned int updateSection(TARNEL_STRUCT(Section) * *section, const unsigned short *text,
+                                         unsigned int length);
+
+/** Deletes a section, named under "device" and "section", with its zones and its place in the lists of device users; as
+ *  `deleteDomain`. */
+TARNEL_EXPORT unsigned int deleteSection(const unsigned short *text, unsigned int length);
+
+/** Releases a section with its zones; as `freeLocale`. */
+TARNEL_EXPORT unsigned int freeSection(TARNEL_STRUCT(Section) * section);
+
+/** Releases a block of sections; as `freeLocalesArray`. */
+TARNEL_EXPORT unsigned int freeSectionsArray(TARNEL_STRUCT(Section) * sections, unsigned int count);
+
+/* ---- Zones
+ * ------------------------------------------------------------------------------------------------------------ */
+
+/** Reads one zone of a section of a device, to be released with `freeZone`; as `getLocale`. */
+TARNEL_EXPORT unsigned int getZone(TARNEL_STRUCT(Zone) * *zone, unsigned int device, unsigned int section,
+                                   unsigned int id);
+
+/** Reads the zones of a device, to be released with `freeZonesArray`; as `getLocales`. */
+TARNEL_EXPORT unsigned int getZones(TARNEL_STRUCT(Zone) * *zones, unsigned int *count, unsigned int device);
+
+/** Reads the zones of a device of which one field equals a value; as `getLocalesWithParams`, with the JSON keys given
+ * at `Zone`. */
+TARNEL_EXPORT unsigned int getZonesWithParams(TARNEL_STRUCT(Zone) * *zones, unsigned int *count,
+                                              const unsigned short *field, unsigned int fieldLength,
+                                              const unsigned short *value, unsigned int valueLength,
+                                              unsigned int device);
+
+/** Reads the zones of a section of a device; as `getZones`. */
+TARNEL_EXPORT unsigned int getZonesForSection(TARNEL_STRUCT(Zone) * *zones, unsigned int *count, unsigned int device,
+                                              unsigned int section);
+
+/** Reads the zones of a section of a device of which one field equals a value; as `getZonesWithParams`. */
+TARNEL_EXPORT unsigned int getZonesForSectionWithParams(TARNEL_STRUCT(Zone) * *zones, unsigned int *count,
+                                                        const unsigned short *field, unsigned int fieldLength,
+                                                        const unsigned short *value, unsigned int valueLength,
+                                                        unsigned int device, unsigned int section);
+
+/**
+ * Changes the fields of a zone that the request carries, and its section; stores the zone if it is new. As
+ * `updateSection`, with the device under "device", the section under "section" and the zone under "id" or "zone".
+ *
+ * TARNEL_PARENT_NOT_FOUND if the section or the device is not in the cache.
+ */
+TARNEL_EXPORT unsigned int updateZone(TARNEL_STRUCT(Zone) * *zone, const unsigned short *text, unsigned int length);
+
+/** Deletes a zone, named under "device", "section" and "zone"; as `deleteDomain`. */
+TARNEL_EXPORT unsigned int deleteZone(const unsigned short *text, unsigned int length);
+
+/** Releases a zone; as `freeLocale`. */
+TARNEL_EXPORT unsigned int freeZone(TARNEL_STRUCT(Zone) * zone);
+
+/** Releases a block of zones; as `freeLocalesArray`. */
+TARNEL_EXPORT unsigned int freeZonesArray(TARNEL_STRUCT(Zone) * zones, unsigned int count);
+
+/* ---- Sites
+ * ------------------------------------------------------------------------------------------------------------ */
+
+/** Stores sites with their locations and devices (see `addDevices`); as `addLocales`. */
+TARNEL_EXPORT unsigned int addSites(const unsigned short *text, unsigned int length);
+
+/** Reads one site with its domain, contract and location, to be released with `freeSite`; as `getLocale`. */
+TARNEL_EXPORT unsigned int getSite(TARNEL_STRUCT(Site) * *site, unsigned int id);
+
+/** Reads all sites with its domain, contract and location, to be released with `freeSitesArray`; as `getLocales`. */
+TARNEL_EXPORT unsigned int getSites(TARNEL_STRUCT(Site) * *sites, unsigned int *count);
+
+/** Reads the sites of which one field equals a value; as `getLocalesWithParams`, with the JSON keys given at `Site`
+ * except "location" and "devices". */
+TARNEL_EXPORT unsigned int getSitesWithParams(TARNEL_STRUCT(Site) * *sites, unsigned int *count,
+                                              const unsigned short *field, unsigned int fieldLength,
+                                              const unsigned short *value, unsigned int valueLength);
+
+/**
+ * Reads the name and the address of a site.
+ *
+ * @param name     receives the name, or null if the site has none; to be released with `free`; must point to null
+ * @param address  receives the address in the same way
+ * @return TARNEL_SUCCESS, TARNEL_NOT_FOUND, TARNEL_READ_FAILED, TARNEL_INVALID_ARGUMENT
+ */
+TARNEL_EXPORT unsigned int getSiteNameAndAddress(unsigned short **name, unsigned short **address, unsigned int id);
+
+/** Changes the fields of a site that the request carries, and hands it back; as `updateDomain`. A location replaces the
+ * stored one whole; devices in the request are not stored. */
+TARNEL_EXPORT unsigned int updateSite(TARNEL_STRUCT(Site) * *site, const unsigned short *text, unsigned int length);
+
+/** Deletes a site, named under "site_id"; as `deleteDomain`. Its location is deleted with it; its devices, contract and
+ * events stay. */
+TARNEL_EXPORT unsigned int deleteSite(const unsigned short *text, unsigned int length);
+
+/** Releases a site and all that it holds; as `freeLocale`. */
+TARNEL_EXPORT unsigned int freeSite(TARNEL_STRUCT(Site) * site);
+
+/** Releases a block of sites; as `freeLocalesArray`. */
+TARNEL_EXPORT unsigned int freeSitesArray(TARNEL_STRUCT(Site) * sites, unsigned int count);
+
+/* ---- Events
+ * ----------------------------------------------------------------------------------------------------------- */
+
+/** Stores one event, in place of a stored one of its identifier, and hands it back with what its device, section, zone
+ * and operator lend it; as `addDevice`. */
+TARNEL_EXPORT unsigned int addEvent(TARNEL_STRUCT(Event) * *event, const unsigned short *text, unsigned int length);
+
+/**
+ * Stores events, and hands back those of them whose device is in the cache, in the order of their identifiers.
+ *
+ * @param events  receives one block of events, to be released with `freeEventsArray`; must point to null
+ * @param count   receives their number
+ * @param text    an "add" request, of `length` code units
+ * @return TARNEL_SUCCESS; TARNEL_NOT_FOUND if the events are stored and the device of none of them is in the cache;
+ *         TARNEL_INVALID_REQUEST or TARNEL_INVALID_ARGUMENT if the request is refused; TARNEL_WRITE_FAILED. After
+ *         TARNEL_ALLOCATION_FAILED the events may have been stored.
+ */
+TARNEL_EXPORT unsigned int addEvents(TARNEL_STRUCT(Event) * *events, unsigned int *count, const unsigned short *text,
+                                     unsigned int length);
+
+/** Reads the events of a range of time, both ends included, whose device is in the cache; as `getLocales`. */
+TARNEL_EXPORT unsigned int getEvents(TARNEL_STRUCT(Event) * *events, unsigned int *count, unsigned int from,
+                                     unsigned int to);
+
+/** Reads the events whose affect flag is set and whose device is in the cache; as `getLocales`. */
+TARNEL_EXPORT unsigned int getAffectEvents(TARNEL_STRUCT(Event) * *events, unsigned int *count);
+
+/**
+ * Takes the affect flag from an event, which from then on is pruned like any other.
+ *
+ * @param event  receives the event as it is stored now, to be released with `freeEvent`. Other than elsewhere it may
+ *               point to a structure, whose block is released with `free` on success, without what its members point
+ * to.
+ * @param text   `{"D": {"id": number}}`, of `length` code units. A value there that is no number reads as 0.
+ * @return TARNEL_SUCCESS, TARNEL_NOT_FOUND, TARNEL_INVALID_REQUEST, TARNEL_INVALID_ARGUMENT, TARNEL_READ_FAILED,
+ *         TARNEL_WRITE_FAILED
+ */
+TARNEL_EXPORT unsigned int removeAffectFlag(TARNEL_STRUCT(Event) * *event, const unsigned short *text,
+                                            unsigned int length);
+
+/** Releases an event; as `freeLocale`. */
+TARNEL_EXPORT unsigned int freeEvent(TARNEL_STRUCT(Event) * event);
+
+/** Releases a block of events; as `freeLocalesArray`. */
+TARNEL_EXPORT unsigned int freeEventsArray(TARNEL_STRUCT(Event) * events, unsigned int count);
+
+/* ---- Maintenance
+ * ------------------------------------------------------------------------------------------------------ */
+
+/** Stores the address of the client's server, of any form; it survives every clear. TARNEL_SUCCESS,
+ * TARNEL_WRITE_FAILED, TARNEL_INVALID_ARGUMENT. */
+TARNEL_EXPORT unsigned int setServerIp(const unsigned short *address, unsigned int length);
+
+/**
+ * Reads the address of the client's server.
+ *
+ * @param address  receives the address, to be released with `free`; stays null if there is none, or an empty one; must
+ *                 point to null
+ * @return TARNEL_SUCCESS, TARNEL_READ_FAILED, TARNEL_INVALID_ARGUMENT
+ */
+TARNEL_EXPORT unsigned int getServerIp(unsigned short **address);
+
+/** Deletes all records. TARNEL_SUCCESS or TARNEL_WRITE_FAILED, and then nothing was deleted. */
+TARNEL_EXPORT unsigned int clearAll(void);
+
+/** Deletes all records but the events; as `clearAll`. */
+TARNEL_EXPORT unsigned int clearAllExceptEvents(void);
+
+/** Deletes the events whose time is `date` or before and whose affect flag is stored and not set; as `clearAll`. */
+TARNEL_EXPORT unsigned int clearEventsBeforeDateExceptAffects(unsigned int date);
 
 #undef TARNEL_STRUCT
 #undef TARNEL_EXPORT

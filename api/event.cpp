@@ -1,0 +1,56 @@
+#include "api/families.h"
+
+using tarnelLib::controller::Event;
+namespace api = tarnelLib::api;
+
+unsigned int addEvent(api::Event **event, const unsigned short *text, unsigned int length)
+{
+    return api::addItem<Event>(event, {text, length});
+}
+
+unsigned int addEvents(api::Event **events, unsigned int *count, const unsigned short *text, unsigned int length)
+{
+    return api::addItemsAndHandOut<Event>(events, count, {text, length});
+}
+
+unsigned int getEvents(api::Event **events, unsigned int *count, unsigned int from, unsigned int to)
+{
+    return api::getItems<Event>(events, count, from, to);
+}
+
+unsigned int getAffectEvents(api::Event **events, unsigned int *count)
+{
+    return api::getItems<Event>(events, count);
+}
+
+unsigned int freeEvent(api::Event *event)
+{
+    return api::freeItem<Event>(event);
+}
+
+unsigned int freeEventsArray(api::Event *events, unsigned int count)
+{
+    return api::freeItems<Event>(events, count);
+}
+
+unsigned int removeAffectFlag(api::Event **event, const unsigned short *text, unsigned int length)
+{
+    using tarnelLib::Result;
+    return api::withController([&](auto &controller) {
+        const api::ClientText request{text, length};
+        if (event == nullptr || !request.isValid())
+            return Result::InvalidArgument;
+        quint32 id = 0;
+        const Result parsed = tarnelLib::controller::parseRemoveAffectEvent(request.view(), id);
+        if (parsed != Result::Success)
+            return parsed;
+        std::optional<Event> changed;
+        const Result removed = controller.removeAffectFlag(changed, id);
+        if (removed != Result::Success)
+            return removed;
+        // Other than elsewhere, what the pointer holds is given up: its block alone, as clients expect it.
+        api::Event *structure = api::toApiStruct(std::move(*changed));
+        std::free(std::exchange(*event, structure));
+        return Result::Success;
+    });
+}

@@ -1,0 +1,41 @@
+#include "api/families.h"
+
+using tarnelLib::Result;
+using tarnelLib::controller::Text;
+namespace api = tarnelLib::api;
+
+unsigned int setServerIp(const unsigned short *address, unsigned int length)
+{
+    return api::withController([&](auto &controller) {
+        const api::ClientText text{address, length};
+        return text.isValid() ? controller.setServerIp(text.view()) : Result::InvalidArgument;
+    });
+}
+
+unsigned int getServerIp(unsigned short **address)
+{
+    return api::withController([&](auto &controller) {
+        if (!api::isFree(address))
+            return Result::InvalidArgument;
+        std::optional<Text> stored;
+        const Result read = controller.getServerIp(stored);
+        if (read == Result::Success && stored && !stored->view().empty())
+            *address = api::allocateUnicodeString(std::move(stored));
+        return read;
+    });
+}
+
+unsigned int clearAll()
+{
+    return api::withController([](auto &controller) { return controller.clearAll(); });
+}
+
+unsigned int clearAllExceptEvents()
+{
+    return api::withController([](auto &controller) { return controller.clearAllExceptEvents(); });
+}
+
+unsigned int clearEventsBeforeDateExceptAffects(unsigned int date)
+{
+    return api::withController([&](auto &controller) { return controller.clearEventsBeforeDateExceptAffects(date); });
+}

@@ -1,0 +1,220 @@
+#include "controller/storage/sqlitedatabase.h"
+
+#include <algorithm>
+
+namespace tarnelLib::controller {
+
+namespace {
+
+/// Finds the devices of one read by their identifiers.
+class DeviceIndex
+{
+public:
+    explicit DeviceIndex(std::span<Device> devices)
+    {
+        m_devices.reserve(devices.size());
+        for (Device &device : devices)
+            m_devices.emplace(device.id, &device);
+    }
+
+    [[nodiscard]] std::vector<quint32> identifiers() const
+    {
+        std::vector<quint32> identifiers;
+        identifiers.reserve(m_devices.size());
+        for (const auto &[id, device] : m_devices)
+            identifiers.push_back(id);
+        return identifiers;
+    }
+
+    /// The device that a row of a part names in its first column.
+    [[nodiscard]] Device &ownerOf(const Statement &row) const
+    {
+        quint32 id = 0;
+        row.read(0, id);
+        return *m_devices.at(id);
+    }
+
+private:
+    std::unordered_map<quint32, Device *> m_devices;
+};
+
+/// The part with an identifier, of a list in the order of identifiers; null if it is not there.
+template <class Part>
+Part *find(std::vector<Part> &parts, quint32 id)
+{
+    const auto part = std::ranges::lower_bound(parts, id, {}, &Part::id);
+    return part != parts.end() && part->id == id ? &*part : nullptr;
+}
+
+} // namespace
+
+/// What is stored for a device already, and is not in the record, stays.
+bool SQLiteDatabase::doAddDevices(const std::vector<const Device *> &devices)
+{
+    const auto addRows = [&] {
+        auto inserts = batch<Device>("add devices error");
+        for (const Device *device : devices)
+            inserts.add(*device);
+        return inserts.isDone();
+    };
+    const auto addSections = [&] {
+        auto inserts = batch<Section>("add sections error");
+        for (const Device *device : devices) {
+            for (const Section &section : device->sections)
+                inserts.add(section, device->id);
+        }
+        return inserts.isDone();
+    };
+    const auto addZones = [&] {
+        auto inserts = batch<Zone>("add zones error");
+        for (const Device *device : devices) {
+            for (const Section &section : device->sections) {
+                for (const Zone &zone : section.zones)
+                    inserts.add(zone, device->id, section.id);
+            }
+        }
+        return inserts.isDone();
+    };
+    const auto addDeviceUsers = [&] {
+        auto inserts = batch<DeviceUser>("add device users error");
+        for (const Device *device : devices) {
+            for (const DeviceUser &user : device->deviceUsers)
+                inserts.add(user, device->id);
+        }
+        return inserts.isDone();
+    };
+    const auto addLinks = [&] {
+        // The message of the device users: support reads it so in every log there is.
+        Batch<DeviceUserSectionLink> inserts(*this, prepareAddLinks(), "add device users error");
+        for (const Device *device : devices) {
+            for (const DeviceUser &user : device->deviceUsers) {
+                for (const quint32 section : user.sections)
+                    inserts.add({}, device->id, user.id, section);
+            }
+        }
+        return inserts.isDone();
+    };
+    return addRows() && addSections() && addZones() && addDeviceUsers() && addLinks();
+}
+
+Query SQLiteDatabase::prepareAddLinks()
+{
+    return m_preparer.prepare({QueryPreparer::Verb::Special, &Schema<DeviceUserSectionLink>::table},
+                              [] { return sql::insertOrIgnore(tableOf<DeviceUserSectionLink>()); });
+}
+
+bool SQLiteDatabase::add(const std::vector<Device> &devices)
+{
+    return inTransaction([&] {
+        std::vector<const Device *> pointers;
+        for (const Device &device : devices)
+            pointers.push_back(&device);
+        return doAddDevices(pointers);
+    });
+}
+
+bool SQLiteDatabase::add(std::optional<Device> &device)
+{
+    return inTransaction([&] {
+        const quint32 id = device->id;
+        return doAddDevices({&*device}) && doGetDevice(device, id);
+    });
+}
+
+bool SQLiteDatabase::get(std::vector<Device> &devices)
+{
+    return inTransaction([&] {
+        return readAll(m_preparer.prepareGet<Device>(), devices, "get devices error") && getExtraDeviceFields(devices);
+    });
+}
+
+bool SQLiteDatabase::get(std::vector<Device> &devices, const ModelField &field, std::u16string_view value)
+{
+    return inTransaction([&] {
+        return readAll(m_preparer.prepareGetByField<Device>(field, value), devices, "get devices by field error") &&
+               getExtraDeviceFields(devices);
+    });
+}
+
+bool SQLiteDatabase::doGetDevice(std::optional<Device> &device, quint32 id)
+{
+    return readOne(m_preparer.prepareGet<Device>(id), device, "get device error") &&
+           (!device || getExtraDeviceFields({&*device, 1}));
+}
+
+bool SQLiteDatabase::get(std::optional<Device> &device, quint32 id)
+{
+    return inTransaction([&] { return doGetDevice(device, id); });
+}
+
+/// Reads what is programmed into the devices: one statement for each kind of part, whatever the number of devices.
+bool SQLiteDatabase::getExtraDeviceFields(std::span<Device> devices)
+{
+    const DeviceIndex index(devices);
+    const std::vector<quint32> identifiers = index.identifiers();
+    const auto readParts = [&]<class Part>(const char *message, auto &&visit) {
+        return readEach(identifiers.size() == 1 ? m_preparer.prepareGet<Part>(identifiers.front())
+                                                : m_preparer.prepareGetOfMany<Part>(identifiers),
+                        message, [&](const Statement &row) { visit(row, index.ownerOf(row)); });
+    };
+    const auto addSection = [](const Statement &row, Device &device) {
+        RowReader::read(row, device.sections.emplace_back());
+    };
+    const auto addZone = [](const Statement &row, Device &device) {
+        quint32 section = 0;
+        row.read(1, section);
+        if (Section *owner = find(device.sections, section))
+            RowReader::read(row, owner->zones.emplace_back());
+    };
+    const auto addDeviceUser = [](const Statement &row, Device &device) {
+        RowReader::read(row, device.deviceUsers.emplace_back());
+    };
+    const auto addLink = [](const Statement &row, Device &device) {
+        quint32 user = 0;
+        row.read(1, user);
+        if (DeviceUser *owner = find(device.deviceUsers, user))
+            row.read(2, owner->sections.emplace_back());
+    };
+    return readParts.template operator()<Section>("get sections for device error", addSection) &&
+           readParts.template operator()<Zone>("get zones for device section error", addZone) &&
+           readParts.template operator()<DeviceUser>("get device users error", addDeviceUser) &&
+           readParts.template operator()<DeviceUserSectionLink>("get device user links error", addLink);
+}
+
+bool SQLiteDatabase::isDeviceExists(bool &isExists, quint32 id)
+{
+    return readExists(m_preparer.prepareIsExists<Device>(id), isExists, "is device exists error");
+}
+
+bool SQLiteDatabase::update(std::optional<Device> &device)
+{
+    return inTransaction([&] {
+        const quint32 id = device->id;
+        return run(prepareUpdateDeviceFw(*device), "update device firmware error") && doGetDevice(device, id);
+    });
+}
+
+Query SQLiteDatabase::prepareUpdateDeviceFw(const Device &device)
+{
+    Query query = m_preparer.prepare({QueryPreparer::Verb::Special, &Schema<Device>::table}, [] {
+        return std::string("UPDATE ").append(Schema<Device>::table) + " SET " +
+               TableModel<Device>::column(&Device::configVersion).column() + " = ?" +
+               sql::where(QueryPreparer::firstColumns<Device>(1));
+    });
+    QueryPreparer::bindAll(*query, device.configVersion, device.id);
+    return query;
+}
+
+bool SQLiteDatabase::deleteDevice(quint32 id)
+{
+    return inTransaction([&] {
+        return run(m_preparer.prepareDelete<Device>(id), "delete device error") &&
+               run(m_preparer.prepareDelete<Section>(id), "delete sections for device error") &&
+               run(m_preparer.prepareDelete<Zone>(id), "delete zones for device error") &&
+               run(m_preparer.prepareDelete<DeviceUser>(id), "delete DeviceUsers for device error") &&
+               run(m_preparer.prepareDelete<DeviceUserSectionLink>(id),
+                   "delete DeviceUserSectionLinks for device error");
+    });
+}
+
+} // namespace tarnelLib::controller
