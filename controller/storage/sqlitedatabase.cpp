@@ -122,7 +122,9 @@ bool SQLiteDatabase::useConnection()
     // journal, as safe and slower; and a file that is no database fails at its first read, not here.
     sqlite3_exec(m_connection, "PRAGMA journal_mode=WAL", nullptr, nullptr, nullptr);
     sqlite3_exec(m_connection, "PRAGMA synchronous=FULL", nullptr, nullptr, nullptr);
-    sqlite3_exec(m_connection, "PRAGMA cache_size=-65536", nullptr, nullptr, nullptr);
+    // 100,000 users read in random order take 1.19 times as long with SQLite's own 2 MiB, 1.10 times with 8 MiB, and no
+    // less with 64 or 128 MiB; at 800,000 users, adding in random order takes 1.24 times as long with 2 MiB.
+    sqlite3_exec(m_connection, "PRAGMA cache_size=-16384", nullptr, nullptr, nullptr);
     m_preparer.attach(m_connection);
     return true;
 }
