@@ -4,8 +4,7 @@
 
 #include <algorithm>
 
-namespace tarnelLib::api
-{
+namespace tarnelLib::api {
 
 bool EventDispatcher::processEvents(QEventLoop::ProcessEventsFlags flags)
 {

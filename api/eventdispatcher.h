@@ -7,8 +7,7 @@
 #include <mutex>
 #include <vector>
 
-namespace tarnelLib::api
-{
+namespace tarnelLib::api {
 
 /// Delivers posted events and timers on the launching thread, which is all that the cache needs.
 ///

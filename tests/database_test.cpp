@@ -16,14 +16,12 @@
 #include <set>
 
 /// The file "CacheDb": what it holds, how a launch finds it, and what becomes of it.
-namespace client
-{
+namespace client {
 
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 
-namespace
-{
+namespace {
 
 void write(const std::string &path, const std::string &content)
 {

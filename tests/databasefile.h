@@ -7,8 +7,7 @@
 #include <string>
 
 /// The database file behind the library's back: a second SQLite client, as a support engineer's tool is one.
-namespace client
-{
+namespace client {
 
 /// Runs statements on a database file over a connection of their own; the rows come out as lines of columns with "|"
 /// between them.

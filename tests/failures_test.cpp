@@ -8,11 +8,9 @@
 #include <gtest/gtest.h>
 
 /// What a failing database looks like from outside: codes, log lines, and nothing half-stored.
-namespace client
-{
+namespace client {
 
-namespace
-{
+namespace {
 
 /// An operation that is made to fail behind the library's back.
 struct Operation {
@@ -137,8 +135,7 @@ TEST(Failures, updateThatCannotBeReadBackIsUndone)
     }
 }
 
-namespace
-{
+namespace {
 
 /// The table of which the creation, or the writing, is not allowed on connections that are opened now.
 std::string forbiddenTable;

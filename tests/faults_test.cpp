@@ -12,8 +12,7 @@
 
 /// Memory and disks that fail, one request after the other.
 
-namespace
-{
+namespace {
 
 /// A resource of which the requests of one thread can be made to fail.
 struct Faults {
@@ -95,11 +94,9 @@ void operator delete(void *block, std::size_t) noexcept
     std::free(block);
 }
 
-namespace client
-{
+namespace client {
 
-namespace
-{
+namespace {
 
 /// Every operation of every kind as a call that succeeds on records 1, over and over.
 struct Call {

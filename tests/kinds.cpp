@@ -3,11 +3,9 @@
 #include <algorithm>
 #include <stdexcept>
 
-namespace client
-{
+namespace client {
 
-namespace
-{
+namespace {
 
 std::string shown(const unsigned short *text)
 {

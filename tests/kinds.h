@@ -6,8 +6,7 @@
 #include <vector>
 
 /// The kinds of record as tables of cases see them: a further kind is one more row in each of the two lists.
-namespace client
-{
+namespace client {
 
 using Units = const unsigned short *;
 

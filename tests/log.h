@@ -6,8 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace client
-{
+namespace client {
 
 /// Keeps the lines of Qt's debug log for as long as it lives, instead of their being printed.
 class Log

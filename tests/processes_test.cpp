@@ -36,8 +36,7 @@ void exitCache()
 }
 }
 
-namespace
-{
+namespace {
 
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;

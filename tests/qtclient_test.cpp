@@ -11,11 +11,9 @@
 #include <clocale>
 #include <csignal>
 
-namespace client
-{
+namespace client {
 
-namespace
-{
+namespace {
 
 void ignoreMessage(QtMsgType, const QMessageLogContext &, const QString &) {}
 

@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tarnelLib::controller
-{
+namespace tarnelLib::controller {
 
 TEST(Readers, signedAndByteReadersTakeWholeNumbersAlone)
 {

@@ -5,8 +5,7 @@
 #include <unistd.h>
 
 /// Records on their way in and out, and the rules of the arguments.
-namespace client
-{
+namespace client {
 
 TEST(Records, comeBackAsTheyWentIn)
 {
@@ -187,8 +186,7 @@ TEST(Arguments, freeFunctionsRefuseNullAndACountOfZero)
     std::apply([&](const auto &...functions) { (expectRefusals(functions), ...); }, allFunctions);
 }
 
-namespace
-{
+namespace {
 
 /// The first operation that answers otherwise than with 255; empty if there is none.
 std::string availableOperation()

@@ -3,11 +3,9 @@
 #include <gtest/gtest.h>
 
 /// Requests as the library reads them: one table of texts, codes and what is stored.
-namespace client
-{
+namespace client {
 
-namespace
-{
+namespace {
 
 struct Request {
     Text text;
