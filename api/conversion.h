@@ -141,7 +141,7 @@ private:
     template <class Other>
     static controller::ApiOf<Other> *toMember(Other &&other)
     {
-        return toApiStruct(std::move(other));
+        return toApiStruct(std::forward<Other>(other));
     }
 };
 

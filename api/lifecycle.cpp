@@ -1,8 +1,10 @@
 #include "api/cache.h"
+#include "api/eventdispatcher.h"
 
 #include <QCoreApplication>
 #include <QEventLoop>
 #include <QScopeGuard>
+#include <QThread>
 #include <QTimer>
 
 #include <pthread.h>
@@ -51,20 +53,27 @@ struct Cache {
 /// Set in a process that was forked off while a cache was running: the file and the threads are the parent's.
 std::atomic<bool> isForkedOff = false;
 
+Cache &cache();
+
+Cache *makeCache() noexcept
+{
+    ::pthread_atfork([] { cache().mutex.lock(); }, [] { cache().mutex.unlock(); },
+                     [] {
+                         isForkedOff = cache().newest != nullptr || cache().running != nullptr;
+                         // A call that found no cache may have held it, on a thread that is not here.
+                         ::new (&cache().callMutex) std::mutex;
+                         cache().mutex.unlock();
+                     });
+    return new Cache;
+}
+
+/// Made while the library is loaded: were it made by the first call, a fork in the middle of that would leave the child
+/// waiting for it for ever.
+Cache *const sharedCache = makeCache();
+
 Cache &cache()
 {
-    static Cache *const instance = [] {
-        auto *created = new Cache;
-        ::pthread_atfork([] { cache().mutex.lock(); }, [] { cache().mutex.unlock(); },
-                         [] {
-                             isForkedOff = cache().newest != nullptr || cache().running != nullptr;
-                             // A call that found no cache may have held it, on a thread that is not here.
-                             ::new (&cache().callMutex) std::mutex;
-                             cache().mutex.unlock();
-                         });
-        return created;
-    }();
-    return *instance;
+    return *sharedCache;
 }
 
 /// Destroys the controller when the call in progress has ended, unless it is that of a later launch already.
@@ -83,6 +92,8 @@ void destroyController(quint64 launchNumber)
 /// the client's own `printf` writes numbers: it is set back.
 std::unique_ptr<QCoreApplication> makeApplication(int &argumentCount)
 {
+    if (QAbstractEventDispatcher::instance() == nullptr)
+        QThread::currentThread()->setEventDispatcher(new EventDispatcher);
     const std::string locale = std::setlocale(LC_ALL, nullptr);
     auto app = std::make_unique<QCoreApplication>(argumentCount, nullptr);
     if (locale != std::setlocale(LC_ALL, nullptr))
@@ -90,11 +101,13 @@ std::unique_ptr<QCoreApplication> makeApplication(int &argumentCount)
     return app;
 }
 
+// What crosses from one thread to another does so by name: a functor would be compiled here and counted in Qt, whose
+// atomics ThreadSanitizer does not see.
+
 /// Asks the launch's event loop to end. The wish is an event of that loop, so that it is not lost before the loop runs.
 void quit(QEventLoop &loop)
 {
-    QMetaObject::invokeMethod(
-        &loop, [&loop] { loop.quit(); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(&loop, "quit", Qt::QueuedConnection);
 }
 
 /// Connects to the database and runs an event loop until an exit is asked for.
@@ -117,7 +130,7 @@ void runLaunch(Launch &launch)
     });
 
     auto controller = std::make_unique<Controller>();
-    QObject::connect(&controller->database(), &controller::Database::logGrew, &foldTimer, [&] { foldTimer.start(); });
+    QObject::connect(&controller->database(), SIGNAL(logGrew()), &foldTimer, SLOT(start()));
     controller->connectToDatabase(QStringLiteral("CacheDb"));
     {
         const std::lock_guard lock(cache().mutex);

@@ -134,7 +134,7 @@ Connection::Connection(const char *path)
     check(sqlite3_open_v2(path, &m_connection, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr));
     sqlite3_busy_timeout(m_connection, 5000);
     run("PRAGMA synchronous=FULL");
-    run("PRAGMA cache_size=-65536");
+    run("PRAGMA cache_size=-16384");
     m_getLocale = prepare("SELECT LocalesId,LocalesIso,LocalesDescription FROM Locales WHERE LocalesId = ?");
     m_getUser = prepare((std::string(selectUsers) + " WHERE UsersId = ?").c_str());
     m_getUsers = prepare(selectUsers.data());

@@ -6,11 +6,12 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <cstdint>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
-#include <regex>
+#include <sstream>
 #include <stdexcept>
 
 namespace client {
@@ -21,39 +22,43 @@ using Kind = Parameter::Kind;
 
 constexpr std::size_t maximumParameters = 8;
 
+/// The word that a text ends with.
+std::string lastWord(const std::string &text)
+{
+    const auto isPartOfWord = [](unsigned char unit) { return std::isalnum(unit) != 0; };
+    return {std::find_if_not(text.rbegin(), text.rend(), isPartOfWord).base(), text.end()};
+}
+
 Parameter parse(const std::string &declaration)
 {
-    static const std::regex structurePattern(R"(TARNEL_STRUCT\((\w+)\))");
-    static const std::regex namePattern(R"((\w+)\s*$)");
-    std::smatch structure;
-    std::smatch name;
-    std::regex_search(declaration, name, namePattern);
+    const std::string name = lastWord(declaration);
     const auto stars = std::count(declaration.begin(), declaration.end(), '*');
-    if (std::regex_search(declaration, structure, structurePattern))
-        return {stars == 2 ? Kind::StructureOut : Kind::Structure, structure[1], name[1]};
+    if (const std::size_t begin = declaration.find("STRUCT("); begin != std::string::npos)
+        return {stars == 2 ? Kind::StructureOut : Kind::Structure,
+                lastWord(declaration.substr(0, declaration.find(')', begin))), name};
     if (declaration.find("short") != std::string::npos)
-        return {stars == 2 ? Kind::TextOut : Kind::Text, {}, name[1]};
+        return {stars == 2 ? Kind::TextOut : Kind::Text, {}, name};
     if (stars == 1)
-        return {Kind::Count, {}, name[1]};
-    return {std::regex_search(declaration, std::regex("[lL]ength$")) ? Kind::Length : Kind::Number, {}, name[1]};
+        return {Kind::Count, {}, name};
+    const bool isLength = name == "length" || name == "fieldLength" || name == "valueLength";
+    return {isLength ? Kind::Length : Kind::Number, {}, name};
 }
 
 std::vector<Export> parseHeader()
 {
     std::ifstream file(TARNEL_HEADER);
     const std::string header{std::istreambuf_iterator<char>(file), {}};
-    static const std::regex pattern(R"(TARNEL_EXPORT\s+(?:void|unsigned int)\s+(\w+)\(([^;]*)\);)");
-    static const std::regex comma(R"(,\s*)");
+    const std::string mark = "\nTARNEL_EXPORT ";
     std::vector<Export> found;
-    for (std::sregex_iterator match(header.begin(), header.end(), pattern), end; match != end; ++match) {
-        Export function{(*match)[1], {}, ::dlsym(RTLD_DEFAULT, (*match)[1].str().c_str())};
-        const std::string list = (*match)[2];
-        if (list != "void")
-            std::transform(std::sregex_token_iterator(list.begin(), list.end(), comma, -1),
-                           std::sregex_token_iterator(), std::back_inserter(function.parameters),
-                           [](const auto &declaration) { return parse(declaration); });
+    for (std::size_t at = header.find(mark); at != std::string::npos; at = header.find(mark, at + 1)) {
+        const std::size_t open = header.find('(', at);
+        const std::string name = lastWord(header.substr(at, open - at));
+        Export function{name, {}, ::dlsym(RTLD_DEFAULT, name.c_str())};
+        std::istringstream list(header.substr(open + 1, header.find(");", open) - open - 1));
+        for (std::string declaration; std::getline(list, declaration, ',') && declaration != "void";)
+            function.parameters.push_back(parse(declaration));
         if (function.address == nullptr || function.parameters.size() > maximumParameters)
-            throw std::runtime_error(function.name + " cannot be called");
+            throw std::runtime_error(name + " cannot be called");
         found.push_back(std::move(function));
     }
     return found;

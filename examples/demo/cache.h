@@ -107,18 +107,24 @@ public:
     unsigned int *count() { return &m_count; }
 
     [[nodiscard]] unsigned int size() const { return m_count; }
-    const Api *begin() const { return m_structures; }
-    const Api *end() const { return m_structures + m_count; }
+    [[nodiscard]] const Api *begin() const { return m_structures; }
+    [[nodiscard]] const Api *end() const { return m_structures + m_count; }
 
 private:
     Api *m_structures = nullptr;
     unsigned int m_count = 0;
 };
 
-using Locales = List<api::Locale, freeLocalesArray>;
-using Domain = Item<api::Domain, freeDomain>;
 using Domains = List<api::Domain, freeDomainsArray>;
 using User = Item<api::User, freeUser>;
 using Users = List<api::User, freeUsersArray>;
+using Device = Item<api::Device, freeDevice>;
+using Devices = List<api::Device, freeDevicesArray>;
+using Sections = List<api::Section, freeSectionsArray>;
+using Zone = Item<api::Zone, freeZone>;
+using Site = Item<api::Site, freeSite>;
+using Sites = List<api::Site, freeSitesArray>;
+using Event = Item<api::Event, freeEvent>;
+using Events = List<api::Event, freeEventsArray>;
 
 } // namespace demo

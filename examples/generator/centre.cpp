@@ -96,7 +96,7 @@ std::uint32_t Centre::deviceCountOfSite(std::uint32_t site)
 
 std::uint32_t Centre::siteOfDevice(std::uint32_t device)
 {
-    const auto next =
+    const auto *const next =
         std::upper_bound(devicesBeforeSites.begin(), devicesBeforeSites.end(), device % devicesOfAllEight);
     return device / devicesOfAllEight * 8 + static_cast<std::uint32_t>(next - devicesBeforeSites.begin()) - 1;
 }
@@ -111,6 +111,15 @@ std::uint32_t Centre::operatorOfDomain(std::uint32_t domain, Random &random) con
     return domain + count<Domain>() * random.below(operatorsPerDomain);
 }
 
+std::uint32_t Centre::contractOfDomain(std::uint32_t domain, Random &random) const
+{
+    // The first contract of each contractor; a tiny centre has domains without a contractor.
+    const std::uint32_t contractors = count<Contractor>();
+    if (domain >= contractors)
+        return random.below(contractors);
+    return domain + count<Domain>() * random.below((contractors - domain - 1) / count<Domain>() + 1);
+}
+
 const Language &Centre::languageOfDomain(std::uint32_t domain) const
 {
     return languages[(domain + m_seed) % languages.size()];
@@ -119,7 +128,7 @@ const Language &Centre::languageOfDomain(std::uint32_t domain) const
 std::u16string Centre::firmName(std::uint32_t index) const
 {
     const std::uint32_t domains = count<Domain>();
-    const Language &language = languageOfDomain(index < domains ? index : index - domains);
+    const Language &language = languageOfDomain(index % domains);
     Random random = this->random<Organization>(index, 1);
     return worded(random.pick(language.firms), language, random);
 }
@@ -176,7 +185,7 @@ Organization Centre::make(std::uint32_t index) const
 {
     Random random = this->random<Organization>(index);
     const std::uint32_t domain = index % count<Domain>();
-    const Language &language = languageOfDomain(index < count<Domain>() ? index : index - count<Domain>());
+    const Language &language = languageOfDomain(domain);
     const City &city = cityOfDomain(language, domain);
     Organization organization;
     organization.id = idOf<Organization>(index);
@@ -275,7 +284,7 @@ Site Centre::make(std::uint32_t index) const
         site.location = Location{latitude, near(city.longitude)};
     }
     if (index % 12 != 11)
-        site.contractId = static_cast<std::int32_t>(idOf<Contract>(random.below(count<Contract>())));
+        site.contractId = static_cast<std::int32_t>(idOf<Contract>(contractOfDomain(domain, random)));
     site.isSitePlanExists = random.chance(25);
     return site;
 }

@@ -87,6 +87,7 @@ private:
 
     [[nodiscard]] std::uint32_t domainOfSite(std::uint32_t site) const;
     [[nodiscard]] std::uint32_t operatorOfDomain(std::uint32_t domain, Random &random) const;
+    [[nodiscard]] std::uint32_t contractOfDomain(std::uint32_t domain, Random &random) const;
     [[nodiscard]] const Language &languageOfDomain(std::uint32_t domain) const;
     [[nodiscard]] DeviceShape shapeOfDevice(std::uint32_t device) const;
     [[nodiscard]] std::uint32_t timeOfEvent(std::uint32_t index) const;

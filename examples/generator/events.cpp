@@ -26,7 +26,7 @@ EventClass classOf(bool isAffecting, Random &random)
 {
     const std::uint32_t percent = random.below(100);
     if (isAffecting)
-        return percent < 60 ? EventClass::Intrusion : percent < 75 ? EventClass::Fire : EventClass::Tamper;
+        return percent < 75 ? EventClass::Intrusion : EventClass::Tamper;
     if (percent < 32)
         return EventClass::Armed;
     if (percent < 64)
@@ -40,9 +40,10 @@ EventClass classOf(bool isAffecting, Random &random)
     return percent < 98 ? EventClass::Intrusion : EventClass::Tamper;
 }
 
-bool isAlarm(EventClass eventClass)
+/// Whether it comes from a zone. Only the zone's detector tells a fire from an intrusion.
+bool isFromZone(EventClass eventClass)
 {
-    return eventClass == EventClass::Intrusion || eventClass == EventClass::Fire || eventClass == EventClass::Tamper;
+    return eventClass == EventClass::Intrusion || eventClass == EventClass::Tamper;
 }
 
 } // namespace
@@ -65,7 +66,7 @@ Event Centre::make(std::uint32_t index) const
     const std::uint32_t domain = domainOfSite(siteOfDevice(device));
     const Language &language = languageOfDomain(domain);
     const bool isAffecting = index % 41 == 7;
-    const EventClass eventClass = classOf(isAffecting, random);
+    EventClass eventClass = classOf(isAffecting, random);
     Event event;
     event.id = Event::firstId + index;
     event.time = timeOfEvent(index);
@@ -74,9 +75,11 @@ Event Centre::make(std::uint32_t index) const
     const DeviceShape shape = shapeOfDevice(device);
     const std::uint32_t section = random.between(1, shape.sections);
     event.sectionId = section;
-    if (isAlarm(eventClass)) {
+    if (isFromZone(eventClass)) {
         event.zoneId = (section - 1) * shape.zonesPerSection + random.between(1, shape.zonesPerSection);
         event.detector = static_cast<std::uint8_t>((*event.zoneId - 1) % detectorCount + 1);
+        if (eventClass != EventClass::Tamper)
+            eventClass = Detector{*event.detector} == Detector::Smoke ? EventClass::Fire : EventClass::Intrusion;
     }
     event.active = static_cast<std::uint8_t>(eventClass != EventClass::Reconnected);
     event.eventClass = static_cast<std::uint8_t>(eventClass);
@@ -84,7 +87,7 @@ Event Centre::make(std::uint32_t index) const
     event.localTime = static_cast<std::uint32_t>(static_cast<std::int64_t>(*event.time) + language.secondsToUtc);
     event.channel = random.chance(4) ? -1 : static_cast<std::int32_t>(random.between(1, 2));
     event.data = language.events[static_cast<std::size_t>(eventClass) - 1];
-    if (isAlarm(eventClass)) {
+    if (event.zoneId) {
         event.operatorId = User::firstId + operatorOfDomain(domain, random);
         event.reviewId = 700000 + index;
         event.reviewState = static_cast<std::uint8_t>(random.between(1, 3));

@@ -1,5 +1,6 @@
 #include "generator/json.h"
 
+#include <array>
 #include <charconv>
 
 namespace generator {
@@ -9,9 +10,9 @@ namespace {
 template <class Value>
 void appendNumber(std::u16string &text, Value number)
 {
-    char digits[32];
-    const std::to_chars_result result = std::to_chars(std::begin(digits), std::end(digits), number);
-    text.append(std::begin(digits), result.ptr);
+    std::array<char, 32> digits{};
+    const std::to_chars_result result = std::to_chars(digits.data(), digits.data() + digits.size(), number);
+    text.append(digits.data(), result.ptr);
 }
 
 std::u16string deleteOf(std::initializer_list<std::pair<std::u16string_view, std::uint32_t>> identifiers)
