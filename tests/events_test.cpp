@@ -28,15 +28,13 @@ std::optional<Value> as(std::optional<quint32> number, quint32 offset = 0)
 
 std::optional<Text> maybeText(Random &random)
 {
-    static const Text texts[] = {Text(u""), Text(u"motion"), Text(u"дверь \U0001f6aa"), Text(u"a\uffffb"),
-                                 Text(u"\ufeff")};
-    const auto index = maybe(random, 4);
-    // The last two do not come back as they were given, and are seldom.
-    return index ? std::optional(texts[random() % 400 == 0 ? 3 + random() % 2 : *index % 3]) : std::nullopt;
+    static const Text texts[] = {Text(u""), Text(u"motion"), Text(u"дверь \U0001f6aa")};
+    const auto index = maybe(random, 3);
+    return index ? std::optional(texts[*index]) : std::nullopt;
 }
 
 /// Events with identifiers in no order, some of them twice, of devices, sections and zones that may not be stored.
-std::vector<Event> randomEvents(Random &random, bool hasOddTexts)
+std::vector<Event> randomEvents(Random &random)
 {
     std::vector<Event> events;
     for (int i = 0; i < 3000; ++i) {
@@ -47,8 +45,6 @@ std::vector<Event> randomEvents(Random &random, bool hasOddTexts)
         event.userId = maybe(random, 12);
         event.affect = as<bool>(maybe(random, 2));
         event.data = maybeText(random);
-        if (!hasOddTexts && event.data && event.data->view().find_first_of(u"\uffff\ufeff") != std::u16string::npos)
-            event.data.reset();
         events.push_back(std::move(event));
     }
     return events;
@@ -83,7 +79,7 @@ TEST(Events, areTheSameWhateverTheWayToThem)
     const client::TemporaryDirectory directory;
     int argumentCount = 0;
     const QCoreApplication app(argumentCount, nullptr);
-    for (unsigned seed = 1; seed <= 8; ++seed) {
+    for (unsigned seed = 1; seed <= 10; ++seed) {
         SCOPED_TRACE(seed);
         Random random(seed);
         SQLiteDatabase database;
@@ -91,7 +87,10 @@ TEST(Events, areTheSameWhateverTheWayToThem)
         ASSERT_TRUE(database.restoreDatabase(path));
         addWhatEventsBorrowFrom(database, random);
 
-        const std::vector<Event> sent = randomEvents(random, seed % 2 == 0);
+        std::vector<Event> sent = randomEvents(random);
+        // None, or one that does not come back as it was given.
+        const std::u16string_view oddTexts[] = {u"", u"a\uffffb", u"\ufeffa", {u"a\xd800", 2}, {u"\xdc00z", 2}};
+        sent.front().jData = Text(oddTexts[seed % std::size(oddTexts)]);
         std::vector<Event> answered = sent;
         ASSERT_TRUE(database.add(answered));
         EXPECT_GT(answered.size(), 1000U);
