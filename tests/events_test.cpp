@@ -90,7 +90,7 @@ TEST(Events, areTheSameWhateverTheWayToThem)
         std::vector<Event> sent = randomEvents(random);
         // None, or one that does not come back as it was given.
         const std::u16string_view oddTexts[] = {u"", u"a\uffffb", u"\ufeffa", {u"a\xd800", 2}, {u"\xdc00z", 2}};
-        sent.front().jData = Text(oddTexts[seed % std::size(oddTexts)]);
+        sent.push_back({.id = 4500, .time = 7, .deviceId = 3, .jData = Text(oddTexts[seed % std::size(oddTexts)])});
         std::vector<Event> answered = sent;
         ASSERT_TRUE(database.add(answered));
         EXPECT_GT(answered.size(), 1000U);
