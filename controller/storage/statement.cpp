@@ -1,6 +1,8 @@
 #include "controller/storage/statement.h"
 
 #include <QCoreApplication>
+#include <QSqlError>
+#include <QSqlQuery>
 
 #include <sqlite3.h>
 
@@ -12,6 +14,8 @@ namespace tarnelLib::controller {
 
 QString driverErrorText(sqlite3 *connection, const char *attempt)
 {
+    if (connection == nullptr)
+        return QSqlQuery().lastError().text();
     const auto *message = static_cast<const char16_t *>(sqlite3_errmsg16(connection));
     return QString::fromUtf16(message) + QLatin1Char(' ') + QCoreApplication::translate("QSQLiteResult", attempt);
 }
