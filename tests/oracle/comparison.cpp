@@ -83,8 +83,37 @@ void write(std::string &out, const std::pair<First, Second> &both)
     write(out, both.second);
 }
 
+/// Passes the value ahead. True if an object in it has more than 16 members, of which two have the same key.
+bool repeatsKeyInLargeObject(JsonReader &json)
+{
+    bool isFound = false;
+    if (json.type() == JsonReader::Type::Object) {
+        std::vector<std::u16string> keys;
+        json.readObject([&](std::u16string_view key) {
+            keys.emplace_back(key);
+            isFound = repeatsKeyInLargeObject(json) || isFound;
+        });
+        std::ranges::sort(keys);
+        isFound = isFound || (keys.size() > 16 && std::ranges::adjacent_find(keys) != keys.end());
+    } else if (json.type() == JsonReader::Type::Array) {
+        json.readArray([&] { isFound = repeatsKeyInLargeObject(json) || isFound; });
+    } else {
+        json.skip();
+    }
+    return isFound;
+}
+
+/// Whether Qt leaves open what a text means. It sorts the members of an object and keeps the last of equal keys, but
+/// its sort keeps the order of equal keys only up to 16 members; beyond, any of them may be the last.
+bool isAmbiguous(std::u16string_view text)
+{
+    JsonReader json(text);
+    return deserializeJsonObject(text) && repeatsKeyInLargeObject(json) && json.isComplete();
+}
+
 template <class Records>
-Comparison compared(Result expected, const Records &expectedRecords, Result actual, const Records &actualRecords)
+Comparison compared(std::u16string_view text, Result expected, const Records &expectedRecords, Result actual,
+                    const Records &actualRecords)
 {
     Comparison comparison{expected, actual, {}, {}, expected == actual};
     if (expected == Result::Success)
@@ -93,6 +122,7 @@ Comparison compared(Result expected, const Records &expectedRecords, Result actu
         write(comparison.actualRecords, actualRecords);
     if (expected == Result::Success && actual == Result::Success)
         comparison.isSame = expectedRecords == actualRecords && comparison.expectedRecords == comparison.actualRecords;
+    comparison.isSame = comparison.isSame || isAmbiguous(text);
     return comparison;
 }
 
@@ -101,8 +131,8 @@ Comparison compareAddItems(std::u16string_view text)
 {
     std::vector<Record> expected;
     std::vector<Record> actual;
-    return compared(oracle::parseAddItems(text, expected), expected, tarnelLib::controller::parseAddItems(text, actual),
-                    actual);
+    return compared(text, oracle::parseAddItems(text, expected), expected,
+                    tarnelLib::controller::parseAddItems(text, actual), actual);
 }
 
 template <class Record>
@@ -110,7 +140,7 @@ Comparison compareAddOrUpdateItem(std::u16string_view text)
 {
     std::pair<std::optional<Record>, ParentIds<Record>> expected{};
     std::pair<std::optional<Record>, ParentIds<Record>> actual{};
-    return compared(oracle::parseAddOrUpdateItem(text, expected.first, expected.second), expected,
+    return compared(text, oracle::parseAddOrUpdateItem(text, expected.first, expected.second), expected,
                     tarnelLib::controller::parseAddOrUpdateItem(text, actual.first, actual.second), actual);
 }
 
@@ -119,7 +149,7 @@ Comparison compareDelete(std::u16string_view text)
 {
     Identifiers<Record> expected{};
     Identifiers<Record> actual{};
-    return compared(oracle::parseDelete<Record>(text, expected), expected,
+    return compared(text, oracle::parseDelete<Record>(text, expected), expected,
                     tarnelLib::controller::parseDelete<Record>(text, actual), actual);
 }
 
@@ -127,7 +157,7 @@ Comparison compareRemoveAffectEvent(std::u16string_view text)
 {
     quint32 expected = 0;
     quint32 actual = 0;
-    return compared(oracle::parseRemoveAffectEvent(text, expected), expected,
+    return compared(text, oracle::parseRemoveAffectEvent(text, expected), expected,
                     tarnelLib::controller::parseRemoveAffectEvent(text, actual), actual);
 }
 
