@@ -115,7 +115,12 @@ double JsonReader::readNumber()
 
 Text JsonReader::readText()
 {
-    const Text text(readString());
+    const char16_t *const begin = m_position;
+    std::u16string_view string = readString();
+    // The mark goes here as well, but only from a string that has no escapes.
+    if (string.starts_with(byteOrderMark) && std::find(begin, m_position, u'\\') == m_position)
+        string.remove_prefix(1);
+    Text text(string);
     skipSpace();
     return text;
 }

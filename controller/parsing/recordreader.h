@@ -136,8 +136,9 @@ private:
         return true;
     }
 
+    /// Static, so that overloads which are const come first all the same.
     template <class Row>
-    bool take(const Row &, bool)
+    static bool take(const Row &, bool)
     {
         return true;
     }

@@ -1,8 +1,8 @@
-#include "controller/parsing/jsonobject.h"
+#include "oracle/jsonobject.h"
 
 #include <QJsonDocument>
 
-namespace tarnelLib::controller {
+namespace oracle {
 
 std::optional<QJsonObject> deserializeJsonObject(std::u16string_view text)
 {
@@ -65,7 +65,7 @@ bool readValue(const QJsonValue &value, double &destination)
     return value.isDouble();
 }
 
-bool readValue(const QJsonValue &value, std::optional<Text> &destination)
+bool readValue(const QJsonValue &value, std::optional<tarnelLib::controller::Text> &destination)
 {
     if (!value.isString())
         return false;
@@ -75,4 +75,4 @@ bool readValue(const QJsonValue &value, std::optional<Text> &destination)
     return true;
 }
 
-} // namespace tarnelLib::controller
+} // namespace oracle

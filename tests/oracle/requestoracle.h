@@ -1,12 +1,14 @@
-#include "controller/parsing/requestparser.h"
+#pragma once
 
-#include "controller/parsing/jsonobject.h"
+#include "controller/parsing/requestparser.h"
+#include "oracle/jsonobject.h"
 
 #include <algorithm>
 
-namespace tarnelLib::controller {
+namespace oracle {
 
-namespace {
+using namespace tarnelLib::controller;
+using tarnelLib::Result;
 
 /// Fills records from JSON objects, by their field lists. False ends a request: a field is missing that must be there,
 /// or has a value of another type; null is no value of any.
@@ -98,7 +100,7 @@ private:
 };
 
 /// The object under "D".
-Result parseEnvelope(std::u16string_view text, QJsonObject &content)
+inline Result parseEnvelope(std::u16string_view text, QJsonObject &content)
 {
     const std::optional<QJsonObject> request = deserializeJsonObject(text);
     if (!request)
@@ -122,8 +124,6 @@ std::array<std::string_view, parentCount<Record> + 1> identifierKeys()
     });
     return keys;
 }
-
-} // namespace
 
 template <class Record>
 Result parseAddItems(std::u16string_view text, std::vector<Record> &records)
@@ -175,43 +175,12 @@ Result parseDelete(std::u16string_view text, Identifiers<Record> &identifiers)
     return Result::Success;
 }
 
-Result parseRemoveAffectEvent(std::u16string_view text, quint32 &id)
+inline Result parseRemoveAffectEvent(std::u16string_view text, quint32 &id)
 {
     Identifiers<Event> identifiers{};
-    const Result result = parseDelete<Event>(text, identifiers);
+    const Result result = oracle::parseDelete<Event>(text, identifiers);
     id = identifiers.front();
     return result;
 }
 
-template Result parseAddItems(std::u16string_view, std::vector<Locale> &);
-template Result parseAddItems(std::u16string_view, std::vector<Domain> &);
-template Result parseAddItems(std::u16string_view, std::vector<User> &);
-template Result parseAddItems(std::u16string_view, std::vector<Organization> &);
-template Result parseAddItems(std::u16string_view, std::vector<Contractor> &);
-template Result parseAddItems(std::u16string_view, std::vector<Contract> &);
-template Result parseAddItems(std::u16string_view, std::vector<Device> &);
-template Result parseAddItems(std::u16string_view, std::vector<Site> &);
-template Result parseAddItems(std::u16string_view, std::vector<Event> &);
-
-template Result parseAddOrUpdateItem(std::u16string_view, std::optional<Domain> &, ParentIds<Domain> &);
-template Result parseAddOrUpdateItem(std::u16string_view, std::optional<User> &, ParentIds<User> &);
-template Result parseAddOrUpdateItem(std::u16string_view, std::optional<Organization> &, ParentIds<Organization> &);
-template Result parseAddOrUpdateItem(std::u16string_view, std::optional<Contractor> &, ParentIds<Contractor> &);
-template Result parseAddOrUpdateItem(std::u16string_view, std::optional<Contract> &, ParentIds<Contract> &);
-template Result parseAddOrUpdateItem(std::u16string_view, std::optional<Device> &, ParentIds<Device> &);
-template Result parseAddOrUpdateItem(std::u16string_view, std::optional<Section> &, ParentIds<Section> &);
-template Result parseAddOrUpdateItem(std::u16string_view, std::optional<Zone> &, ParentIds<Zone> &);
-template Result parseAddOrUpdateItem(std::u16string_view, std::optional<Site> &, ParentIds<Site> &);
-template Result parseAddOrUpdateItem(std::u16string_view, std::optional<Event> &, ParentIds<Event> &);
-
-template Result parseDelete<Domain>(std::u16string_view, Identifiers<Domain> &);
-template Result parseDelete<User>(std::u16string_view, Identifiers<User> &);
-template Result parseDelete<Organization>(std::u16string_view, Identifiers<Organization> &);
-template Result parseDelete<Contractor>(std::u16string_view, Identifiers<Contractor> &);
-template Result parseDelete<Contract>(std::u16string_view, Identifiers<Contract> &);
-template Result parseDelete<Device>(std::u16string_view, Identifiers<Device> &);
-template Result parseDelete<Section>(std::u16string_view, Identifiers<Section> &);
-template Result parseDelete<Zone>(std::u16string_view, Identifiers<Zone> &);
-template Result parseDelete<Site>(std::u16string_view, Identifiers<Site> &);
-
-} // namespace tarnelLib::controller
+} // namespace oracle
