@@ -115,7 +115,7 @@ double JsonReader::readNumber()
 
 Text JsonReader::readText()
 {
-    const Text text(readString());
+    Text text(readString());
     skipSpace();
     return text;
 }

@@ -24,8 +24,9 @@
  *   A request is a JSON object whose member "D" is an object: the record itself ("update"), `{"items": [record, ...]}`
  *   ("add"), or the identifier under the key that the function names ("delete"). A record's identifier is required;
  *   any other field may be left out, but must not be null or of another type than the one given at the structure.
- *   Numbers for unsigned fields are cut to a whole number and then to their low 32 bits. A flag is set by the number 1:
- *   the JSON values `true` and `false` are both stored as false. A request is carried out whole or not at all.
+ *   Numbers for unsigned fields are cut to a whole number and then to their low 32 bits; for signed fields, fields of 8
+ *   bits and flags, one that is not a whole number within 32 bits counts as 0. A flag is set by any number but 0: the
+ *   JSON values `true` and `false` are both stored as false. A request is carried out whole or not at all.
  *
  * Ownership
  *   An output pointer must point to a null pointer on entry, or nothing is done (TARNEL_INVALID_ARGUMENT). What is
