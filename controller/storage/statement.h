@@ -38,6 +38,7 @@ public:
     void bind(int position, qint32 value);
     void bind(int position, quint8 value);
     void bind(int position, bool value);
+    void bind(int position, qint64 value);
     void bind(int position, quint64 value);
     void bind(int position, double value);
     void bind(int position, std::u16string_view value);
