@@ -72,8 +72,9 @@ unsigned int addItems(ClientText text) noexcept
     });
 }
 
-template <class Record>
-unsigned int addItem(controller::ApiOf<Record> **out, ClientText text) noexcept
+/// Hands the record of the request out as `change` leaves it; that also gets the identifiers of its parents.
+template <class Record, class Change>
+unsigned int changeItem(controller::ApiOf<Record> **out, ClientText text, Change &&change) noexcept
 {
     return withController([&](controller::Controller &controller) {
         if (!isFree(out) || !text.isValid())
@@ -83,9 +84,17 @@ unsigned int addItem(controller::ApiOf<Record> **out, ClientText text) noexcept
         const Result parsed = controller::parseAddOrUpdateItem(text.view(), record, parents);
         if (parsed != Result::Success)
             return parsed;
-        const Result added = controller.add(record);
-        return added == Result::Success ? handOut(out, std::move(record)) : added;
+        const Result changed =
+            std::apply([&](auto... parent) { return change(controller, record, parent...); }, parents);
+        return changed == Result::Success ? handOut(out, std::move(record)) : changed;
     });
+}
+
+template <class Record>
+unsigned int addItem(controller::ApiOf<Record> **out, ClientText text) noexcept
+{
+    return changeItem<Record>(out, text,
+                              [](auto &controller, std::optional<Record> &record) { return controller.add(record); });
 }
 
 template <class Record>
@@ -143,17 +152,8 @@ unsigned int getItemsWithParams(controller::ApiOf<Record> **out, unsigned int *c
 template <class Record>
 unsigned int updateItem(controller::ApiOf<Record> **out, ClientText text) noexcept
 {
-    return withController([&](controller::Controller &controller) {
-        if (!isFree(out) || !text.isValid())
-            return Result::InvalidArgument;
-        std::optional<Record> record;
-        controller::ParentIds<Record> parents{};
-        const Result parsed = controller::parseAddOrUpdateItem(text.view(), record, parents);
-        if (parsed != Result::Success)
-            return parsed;
-        const Result updated =
-            std::apply([&](auto... parent) { return controller.update(record, parent...); }, parents);
-        return updated == Result::Success ? handOut(out, std::move(record)) : updated;
+    return changeItem<Record>(out, text, [](auto &controller, std::optional<Record> &record, auto... parents) {
+        return controller.update(record, parents...);
     });
 }
 

@@ -55,7 +55,7 @@ std::atomic<bool> isForkedOff = false;
 
 Cache &cache();
 
-Cache *makeCache() noexcept
+Cache *makeCache()
 {
     ::pthread_atfork([] { cache().mutex.lock(); }, [] { cache().mutex.unlock(); },
                      [] {

@@ -126,7 +126,7 @@ private:
         return field.key.empty() || (m_found & alternativeBit) != 0;
     }
 
-    bool take(const ParentKey &, bool isFound) const { return m_parents == nullptr || isFound; }
+    [[nodiscard]] bool take(const ParentKey &, bool isFound) const { return m_parents == nullptr || isFound; }
 
     template <class Other, class Api, class ApiMember>
     bool take(const Attached<Record, Other, Api, ApiMember> &field, bool isFound)

@@ -107,6 +107,7 @@ bool SQLiteDatabase::add(const std::vector<Device> &devices)
 {
     return inTransaction([&] {
         std::vector<const Device *> pointers;
+        pointers.reserve(devices.size());
         for (const Device &device : devices)
             pointers.push_back(&device);
         return doAddDevices(pointers);

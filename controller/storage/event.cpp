@@ -81,8 +81,8 @@ void sortAsStored(std::vector<Event> &events)
     if (std::ranges::adjacent_find(events, isOutOfOrder) == events.end())
         return;
     std::ranges::stable_sort(events, {}, &Event::id);
-    const auto reversed = std::ranges::unique(events.rbegin(), events.rend(), {}, &Event::id);
-    events.erase(events.begin(), reversed.begin().base());
+    const auto isSame = [](const Event &left, const Event &right) { return left.id == right.id; };
+    events.erase(events.begin(), std::unique(events.rbegin(), events.rend(), isSame).base());
 }
 
 /// The statements that events alone have.

@@ -59,7 +59,7 @@ bool SQLiteDatabase::getExtraSiteFields(std::span<Site> sites)
     if (identifiers.empty())
         return true;
     std::ranges::sort(identifiers);
-    identifiers.erase(std::ranges::unique(identifiers).begin(), identifiers.end());
+    identifiers.erase(std::unique(identifiers.begin(), identifiers.end()), identifiers.end());
 
     std::unordered_map<quint32, Domain> domains;
     const bool isRead =

@@ -254,7 +254,7 @@ private:
     };
 
     // Statements and steps that one kind alone has.
-    Query prepareDeletePersonOfOrganization(quint32 organization);
+    Query prepareDeletePersonOfOrganization(quint32 id);
     Query prepareAddLinks();
     Query prepareDeleteLinksOfSection(quint32 device, quint32 section);
     Query prepareUpdateDeviceFw(const Device &device);

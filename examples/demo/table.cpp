@@ -42,6 +42,7 @@ void Table::print() const
     std::cout << '\n';
     printRow(m_rows.front());
     std::vector<std::string> rules;
+    rules.reserve(widths.size());
     for (const std::size_t width : widths)
         rules.push_back(ruled(width));
     printRow(rules);

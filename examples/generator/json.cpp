@@ -15,13 +15,23 @@ void appendNumber(std::u16string &text, Value number)
     text.append(digits.data(), result.ptr);
 }
 
-std::u16string deleteOf(std::initializer_list<std::pair<std::u16string_view, std::uint32_t>> identifiers)
+using Identifiers = std::initializer_list<std::pair<std::u16string_view, std::uint32_t>>;
+
+/// The request that gives identifiers, and after them what `writeMore` writes.
+template <class WriteMore>
+std::u16string requestOf(Identifiers identifiers, WriteMore &&writeMore)
 {
     std::u16string text = u"{\"D\":{";
     JsonWriter writer(text);
     for (const auto &[key, id] : identifiers)
         writer.member(key, id);
+    writeMore(writer);
     return text.append(u"}}");
+}
+
+std::u16string deleteOf(Identifiers identifiers)
+{
+    return requestOf(identifiers, [](JsonWriter &) {});
 }
 
 } // namespace
@@ -60,21 +70,12 @@ void JsonWriter::value(const std::u16string &text)
 
 std::u16string sectionRequest(std::uint32_t device, const Section &section)
 {
-    std::u16string text = u"{\"D\":{";
-    JsonWriter writer(text);
-    writer.member(u"device", device);
-    writer.members(section);
-    return text.append(u"}}");
+    return requestOf({{u"device", device}}, [&](JsonWriter &writer) { writer.members(section); });
 }
 
 std::u16string zoneRequest(std::uint32_t device, std::uint32_t section, const Zone &zone)
 {
-    std::u16string text = u"{\"D\":{";
-    JsonWriter writer(text);
-    writer.member(u"device", device);
-    writer.member(u"section", section);
-    writer.members(zone);
-    return text.append(u"}}");
+    return requestOf({{u"device", device}, {u"section", section}}, [&](JsonWriter &writer) { writer.members(zone); });
 }
 
 std::u16string idRequest(std::u16string_view key, std::uint32_t id)

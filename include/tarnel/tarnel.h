@@ -6,25 +6,33 @@
  * How it is used
  *   A thread of the client calls `launchCache` and stays in it. Once `getState` says TARNEL_STATE_RUNNING, records are
  *   pushed in as JSON and read back as structures, from any thread; `exitCache` ends the launching thread's call. The
- *   records are kept in the SQLite file "CacheDb" in the current directory of the process, which should be a local
- * disk.
+ *   records are kept in the SQLite file "CacheDb" in the current directory of the process, which should be on a local
+ *   disk.
  *
  * Texts
  *   Every text is UTF-16 in the byte order of the machine. One that goes in is a pointer and its number of 16-bit code
  *   units, and needs no terminator; a null pointer is an empty text if the length is 0. One that comes out ends with a
  *   zero code unit.
  *
+ * Structures
+ *   They have the layout that a C compiler gives them; a `bool` is one byte. Every member is a pointer, null for a
+ *   field that the record does not have, but for the identifier and the counts. A list is a pointer to its first
+ *   element, and its count is the member after that; an empty list is null and 0. The comment at a member gives the
+ *   field's key and type in JSON.
+ *
  * Requests
  *   A request is a JSON object whose member "D" is an object: the record itself ("update"), `{"items": [record, ...]}`
  *   ("add"), or the identifier under the key that the function names ("delete"). A record's identifier is required;
  *   any other field may be left out, but must not be null or of another type than the one given at the structure.
- *   Numbers for unsigned fields are cut to a whole number and then to their low 32 bits. A flag is set by the number 1:
- *   the JSON values `true` and `false` are both stored as false. A request is carried out whole or not at all.
+ *   Numbers for unsigned fields are cut to a whole number and then to their low 32 bits; for signed fields, fields of 8
+ *   bits and flags, one that is not a whole number within 32 bits counts as 0. A flag is set by any number but 0: the
+ *   JSON values `true` and `false` are both stored as false. A request is carried out whole or not at all.
  *
  * Ownership
  *   An output pointer must point to a null pointer on entry, or nothing is done (TARNEL_INVALID_ARGUMENT). What is
- *   handed out was made with `malloc`, belongs to the caller, and is released by the kind's free functions alone.
- *   A null member is a field that the record does not have. On any failure the outputs stay as they were.
+ *   handed out was made with `malloc`, belongs to the caller, and is released by the kind's free functions alone,
+ *   which also release all that the members point to; a single text is released with `free`. On any failure the
+ *   outputs stay as they were.
  *
  * Threads
  *   Any function may be called from any thread; calls that touch the records are carried out one after another.
@@ -276,7 +284,7 @@ typedef struct Event {
 #define TARNEL_EXPORT __attribute__((visibility("default")))
 #endif
 
-/* ---- Lifecycle ------------------------------------------------------------------------------------------------- */
+/* ---- Lifecycle --------------------------------------------------------------------------------------------------- */
 
 /**
  * Starts the cache and runs it on the calling thread; returns when the cache has been exited.
@@ -305,7 +313,7 @@ TARNEL_EXPORT unsigned int getState(void);
  */
 TARNEL_EXPORT unsigned int getLaunchCacheResult(void);
 
-/* ---- Locales --------------------------------------------------------------------------------------------------- */
+/* ---- Locales ----------------------------------------------------------------------------------------------------- */
 
 /**
  * Stores locales; each replaces the stored one of its identifier whole, and of two with one identifier the last stays.
@@ -323,7 +331,7 @@ TARNEL_EXPORT unsigned int addLocales(const unsigned short *text, unsigned int l
  * @param id      its identifier
  * @return TARNEL_SUCCESS, TARNEL_NOT_FOUND, TARNEL_READ_FAILED, TARNEL_INVALID_ARGUMENT
  */
-TARNEL_EXPORT unsigned int getLocale(TARNEL_STRUCT(Locale) * *locale, unsigned int id);
+TARNEL_EXPORT unsigned int getLocale(TARNEL_STRUCT(Locale) **locale, unsigned int id);
 
 /**
  * Reads all locales, in no particular order.
@@ -332,7 +340,7 @@ TARNEL_EXPORT unsigned int getLocale(TARNEL_STRUCT(Locale) * *locale, unsigned i
  * @param count    receives their number
  * @return TARNEL_SUCCESS, TARNEL_NOT_FOUND (there are none), TARNEL_READ_FAILED, TARNEL_INVALID_ARGUMENT
  */
-TARNEL_EXPORT unsigned int getLocales(TARNEL_STRUCT(Locale) * *locales, unsigned int *count);
+TARNEL_EXPORT unsigned int getLocales(TARNEL_STRUCT(Locale) **locales, unsigned int *count);
 
 /**
  * Reads the locales of which one field equals a value.
@@ -344,30 +352,30 @@ TARNEL_EXPORT unsigned int getLocales(TARNEL_STRUCT(Locale) * *locales, unsigned
  * @return TARNEL_SUCCESS, TARNEL_NOT_FOUND (none matches), TARNEL_READ_FAILED, TARNEL_INVALID_ARGUMENT (also for a
  *         field that locales do not have)
  */
-TARNEL_EXPORT unsigned int getLocalesWithParams(TARNEL_STRUCT(Locale) * *locales, unsigned int *count,
+TARNEL_EXPORT unsigned int getLocalesWithParams(TARNEL_STRUCT(Locale) **locales, unsigned int *count,
                                                 const unsigned short *field, unsigned int fieldLength,
                                                 const unsigned short *value, unsigned int valueLength);
 
 /** Releases a locale that `getLocale` handed out. TARNEL_INVALID_ARGUMENT for a null pointer. */
-TARNEL_EXPORT unsigned int freeLocale(TARNEL_STRUCT(Locale) * locale);
+TARNEL_EXPORT unsigned int freeLocale(TARNEL_STRUCT(Locale) *locale);
 
 /** Releases a block of locales with its count. TARNEL_INVALID_ARGUMENT for a null pointer or a count of 0. */
-TARNEL_EXPORT unsigned int freeLocalesArray(TARNEL_STRUCT(Locale) * locales, unsigned int count);
+TARNEL_EXPORT unsigned int freeLocalesArray(TARNEL_STRUCT(Locale) *locales, unsigned int count);
 
-/* ---- Domains --------------------------------------------------------------------------------------------------- */
+/* ---- Domains ----------------------------------------------------------------------------------------------------- */
 
 /** Stores domains; as `addLocales`. */
 TARNEL_EXPORT unsigned int addDomains(const unsigned short *text, unsigned int length);
 
 /** Reads one domain with its locale, to be released with `freeDomain`; as `getLocale`. */
-TARNEL_EXPORT unsigned int getDomain(TARNEL_STRUCT(Domain) * *domain, unsigned int id);
+TARNEL_EXPORT unsigned int getDomain(TARNEL_STRUCT(Domain) **domain, unsigned int id);
 
 /** Reads all domains with their locales, to be released with `freeDomainsArray`; as `getLocales`. */
-TARNEL_EXPORT unsigned int getDomains(TARNEL_STRUCT(Domain) * *domains, unsigned int *count);
+TARNEL_EXPORT unsigned int getDomains(TARNEL_STRUCT(Domain) **domains, unsigned int *count);
 
 /** Reads the domains of which one field ("id", "name", "org_id", "locale_id") equals a value; as
  * `getLocalesWithParams`. */
-TARNEL_EXPORT unsigned int getDomainsWithParams(TARNEL_STRUCT(Domain) * *domains, unsigned int *count,
+TARNEL_EXPORT unsigned int getDomainsWithParams(TARNEL_STRUCT(Domain) **domains, unsigned int *count,
                                                 const unsigned short *field, unsigned int fieldLength,
                                                 const unsigned short *value, unsigned int valueLength);
 
@@ -379,7 +387,7 @@ TARNEL_EXPORT unsigned int getDomainsWithParams(TARNEL_STRUCT(Domain) * *domains
  * @return TARNEL_SUCCESS; TARNEL_INVALID_REQUEST or TARNEL_INVALID_ARGUMENT if the request is refused;
  *         TARNEL_WRITE_FAILED. After TARNEL_ALLOCATION_FAILED the change may have been stored.
  */
-TARNEL_EXPORT unsigned int updateDomain(TARNEL_STRUCT(Domain) * *domain, const unsigned short *text,
+TARNEL_EXPORT unsigned int updateDomain(TARNEL_STRUCT(Domain) **domain, const unsigned short *text,
                                         unsigned int length);
 
 /**
@@ -393,61 +401,61 @@ TARNEL_EXPORT unsigned int updateDomain(TARNEL_STRUCT(Domain) * *domain, const u
 TARNEL_EXPORT unsigned int deleteDomain(const unsigned short *text, unsigned int length);
 
 /** Releases a domain with its locale; as `freeLocale`. */
-TARNEL_EXPORT unsigned int freeDomain(TARNEL_STRUCT(Domain) * domain);
+TARNEL_EXPORT unsigned int freeDomain(TARNEL_STRUCT(Domain) *domain);
 
 /** Releases a block of domains; as `freeLocalesArray`. */
-TARNEL_EXPORT unsigned int freeDomainsArray(TARNEL_STRUCT(Domain) * domains, unsigned int count);
+TARNEL_EXPORT unsigned int freeDomainsArray(TARNEL_STRUCT(Domain) *domains, unsigned int count);
 
-/* ---- Users ----------------------------------------------------------------------------------------------------- */
+/* ---- Users ------------------------------------------------------------------------------------------------------- */
 
 /** Stores users; as `addLocales`. */
 TARNEL_EXPORT unsigned int addUsers(const unsigned short *text, unsigned int length);
 
 /** Reads one user with its domain and the domain's locale, to be released with `freeUser`; as `getLocale`. */
-TARNEL_EXPORT unsigned int getUser(TARNEL_STRUCT(User) * *user, unsigned int id);
+TARNEL_EXPORT unsigned int getUser(TARNEL_STRUCT(User) **user, unsigned int id);
 
-/** Reads all users with their domains, to be released with `freeUsersArray`; as `getLocales`. */
-TARNEL_EXPORT unsigned int getUsers(TARNEL_STRUCT(User) * *users, unsigned int *count);
+/** Reads all users with their domains and the domains' locales, to be released with `freeUsersArray`; as
+ * `getLocales`. */
+TARNEL_EXPORT unsigned int getUsers(TARNEL_STRUCT(User) **users, unsigned int *count);
 
 /** Reads the users of which one field equals a value; as `getLocalesWithParams`, with the JSON keys given at `User`. */
-TARNEL_EXPORT unsigned int getUsersWithParams(TARNEL_STRUCT(User) * *users, unsigned int *count,
+TARNEL_EXPORT unsigned int getUsersWithParams(TARNEL_STRUCT(User) **users, unsigned int *count,
                                               const unsigned short *field, unsigned int fieldLength,
                                               const unsigned short *value, unsigned int valueLength);
 
 /** Changes the fields of a user that the request carries, and hands the user back; as `updateDomain`. */
-TARNEL_EXPORT unsigned int updateUser(TARNEL_STRUCT(User) * *user, const unsigned short *text, unsigned int length);
+TARNEL_EXPORT unsigned int updateUser(TARNEL_STRUCT(User) **user, const unsigned short *text, unsigned int length);
 
 /** Deletes a user, named under "op_id"; as `deleteDomain`. Contracts that name it as operator stay as they are. */
 TARNEL_EXPORT unsigned int deleteUser(const unsigned short *text, unsigned int length);
 
 /** Releases a user with its domain; as `freeLocale`. */
-TARNEL_EXPORT unsigned int freeUser(TARNEL_STRUCT(User) * user);
+TARNEL_EXPORT unsigned int freeUser(TARNEL_STRUCT(User) *user);
 
 /** Releases a block of users; as `freeLocalesArray`. */
-TARNEL_EXPORT unsigned int freeUsersArray(TARNEL_STRUCT(User) * users, unsigned int count);
+TARNEL_EXPORT unsigned int freeUsersArray(TARNEL_STRUCT(User) *users, unsigned int count);
 
-/* ---- Organizations
- * ---------------------------------------------------------------------------------------------------- */
+/* ---- Organizations ----------------------------------------------------------------------------------------------- */
 
 /** Stores organizations with their contacts; as `addLocales`. */
 TARNEL_EXPORT unsigned int addOrganizations(const unsigned short *text, unsigned int length);
 
 /** Reads one organization with its contact and locale, to be released with `freeOrganization`; as `getLocale`. */
-TARNEL_EXPORT unsigned int getOrganization(TARNEL_STRUCT(Organization) * *organization, unsigned int id);
+TARNEL_EXPORT unsigned int getOrganization(TARNEL_STRUCT(Organization) **organization, unsigned int id);
 
-/** Reads all organizations with its contact and locale, to be released with `freeOrganizationsArray`; as `getLocales`.
- */
-TARNEL_EXPORT unsigned int getOrganizations(TARNEL_STRUCT(Organization) * *organizations, unsigned int *count);
+/** Reads all organizations with their contacts and locales, to be released with `freeOrganizationsArray`; as
+ * `getLocales`. */
+TARNEL_EXPORT unsigned int getOrganizations(TARNEL_STRUCT(Organization) **organizations, unsigned int *count);
 
 /** Reads the organizations of which one field equals a value; as `getLocalesWithParams`, with the JSON keys given at
  * `Organization`. */
-TARNEL_EXPORT unsigned int getOrganizationsWithParams(TARNEL_STRUCT(Organization) * *organizations, unsigned int *count,
+TARNEL_EXPORT unsigned int getOrganizationsWithParams(TARNEL_STRUCT(Organization) **organizations, unsigned int *count,
                                                       const unsigned short *field, unsigned int fieldLength,
                                                       const unsigned short *value, unsigned int valueLength);
 
 /** Changes the fields of an organization that the request carries, and hands it back; as `updateDomain`. A contact in
  * the request replaces the stored person of its identifier whole. */
-TARNEL_EXPORT unsigned int updateOrganization(TARNEL_STRUCT(Organization) * *organization, const unsigned short *text,
+TARNEL_EXPORT unsigned int updateOrganization(TARNEL_STRUCT(Organization) **organization, const unsigned short *text,
                                               unsigned int length);
 
 /** Deletes an organization, named under "org_id"; as `deleteDomain`. Its contact is deleted with it, also if another
@@ -455,75 +463,73 @@ TARNEL_EXPORT unsigned int updateOrganization(TARNEL_STRUCT(Organization) * *org
 TARNEL_EXPORT unsigned int deleteOrganization(const unsigned short *text, unsigned int length);
 
 /** Releases an organization and all that it holds; as `freeLocale`. */
-TARNEL_EXPORT unsigned int freeOrganization(TARNEL_STRUCT(Organization) * organization);
+TARNEL_EXPORT unsigned int freeOrganization(TARNEL_STRUCT(Organization) *organization);
 
 /** Releases a block of organizations; as `freeLocalesArray`. */
-TARNEL_EXPORT unsigned int freeOrganizationsArray(TARNEL_STRUCT(Organization) * organizations, unsigned int count);
+TARNEL_EXPORT unsigned int freeOrganizationsArray(TARNEL_STRUCT(Organization) *organizations, unsigned int count);
 
-/* ---- Contractors
- * ------------------------------------------------------------------------------------------------------ */
+/* ---- Contractors ------------------------------------------------------------------------------------------------- */
 
 /** Stores contractors; as `addLocales`. */
 TARNEL_EXPORT unsigned int addContractors(const unsigned short *text, unsigned int length);
 
 /** Reads one contractor, to be released with `freeContractor`; as `getLocale`. */
-TARNEL_EXPORT unsigned int getContractor(TARNEL_STRUCT(Contractor) * *contractor, unsigned int id);
+TARNEL_EXPORT unsigned int getContractor(TARNEL_STRUCT(Contractor) **contractor, unsigned int id);
 
 /** Reads all contractors, to be released with `freeContractorsArray`; as `getLocales`. */
-TARNEL_EXPORT unsigned int getContractors(TARNEL_STRUCT(Contractor) * *contractors, unsigned int *count);
+TARNEL_EXPORT unsigned int getContractors(TARNEL_STRUCT(Contractor) **contractors, unsigned int *count);
 
 /** Reads the contractors of which one field equals a value; as `getLocalesWithParams`, with the JSON keys given at
  * `Contractor`. */
-TARNEL_EXPORT unsigned int getContractorsWithParams(TARNEL_STRUCT(Contractor) * *contractors, unsigned int *count,
+TARNEL_EXPORT unsigned int getContractorsWithParams(TARNEL_STRUCT(Contractor) **contractors, unsigned int *count,
                                                     const unsigned short *field, unsigned int fieldLength,
                                                     const unsigned short *value, unsigned int valueLength);
 
 /** Changes the fields of a contractor that the request carries, and hands it back; as `updateDomain`. */
-TARNEL_EXPORT unsigned int updateContractor(TARNEL_STRUCT(Contractor) * *contractor, const unsigned short *text,
+TARNEL_EXPORT unsigned int updateContractor(TARNEL_STRUCT(Contractor) **contractor, const unsigned short *text,
                                             unsigned int length);
 
 /** Deletes a contractor, named under "id"; as `deleteDomain`. Contracts that name it stay as they are. */
 TARNEL_EXPORT unsigned int deleteContractor(const unsigned short *text, unsigned int length);
 
 /** Releases a contractor and all that it holds; as `freeLocale`. */
-TARNEL_EXPORT unsigned int freeContractor(TARNEL_STRUCT(Contractor) * contractor);
+TARNEL_EXPORT unsigned int freeContractor(TARNEL_STRUCT(Contractor) *contractor);
 
 /** Releases a block of contractors; as `freeLocalesArray`. */
-TARNEL_EXPORT unsigned int freeContractorsArray(TARNEL_STRUCT(Contractor) * contractors, unsigned int count);
+TARNEL_EXPORT unsigned int freeContractorsArray(TARNEL_STRUCT(Contractor) *contractors, unsigned int count);
 
-/* ---- Contracts
- * -------------------------------------------------------------------------------------------------------- */
+/* ---- Contracts --------------------------------------------------------------------------------------------------- */
 
 /** Stores contracts; as `addLocales`. */
 TARNEL_EXPORT unsigned int addContracts(const unsigned short *text, unsigned int length);
 
 /** Reads one contract with its contractor and operator, to be released with `freeContract`; as `getLocale`. */
-TARNEL_EXPORT unsigned int getContract(TARNEL_STRUCT(Contract) * *contract, unsigned int id);
+TARNEL_EXPORT unsigned int getContract(TARNEL_STRUCT(Contract) **contract, unsigned int id);
 
-/** Reads all contracts with its contractor and operator, to be released with `freeContractsArray`; as `getLocales`. */
-TARNEL_EXPORT unsigned int getContracts(TARNEL_STRUCT(Contract) * *contracts, unsigned int *count);
+/** Reads all contracts with their contractors and operators, to be released with `freeContractsArray`; as
+ * `getLocales`. */
+TARNEL_EXPORT unsigned int getContracts(TARNEL_STRUCT(Contract) **contracts, unsigned int *count);
 
 /** Reads the contracts of which one field equals a value; as `getLocalesWithParams`, with the JSON keys given at
  * `Contract`. */
-TARNEL_EXPORT unsigned int getContractsWithParams(TARNEL_STRUCT(Contract) * *contracts, unsigned int *count,
+TARNEL_EXPORT unsigned int getContractsWithParams(TARNEL_STRUCT(Contract) **contracts, unsigned int *count,
                                                   const unsigned short *field, unsigned int fieldLength,
                                                   const unsigned short *value, unsigned int valueLength);
 
 /** Changes the fields of a contract that the request carries, and hands it back; as `updateDomain`. */
-TARNEL_EXPORT unsigned int updateContract(TARNEL_STRUCT(Contract) * *contract, const unsigned short *text,
+TARNEL_EXPORT unsigned int updateContract(TARNEL_STRUCT(Contract) **contract, const unsigned short *text,
                                           unsigned int length);
 
 /** Deletes a contract, named under "id"; as `deleteDomain`. Sites that name it stay as they are. */
 TARNEL_EXPORT unsigned int deleteContract(const unsigned short *text, unsigned int length);
 
 /** Releases a contract and all that it holds; as `freeLocale`. */
-TARNEL_EXPORT unsigned int freeContract(TARNEL_STRUCT(Contract) * contract);
+TARNEL_EXPORT unsigned int freeContract(TARNEL_STRUCT(Contract) *contract);
 
 /** Releases a block of contracts; as `freeLocalesArray`. */
-TARNEL_EXPORT unsigned int freeContractsArray(TARNEL_STRUCT(Contract) * contracts, unsigned int count);
+TARNEL_EXPORT unsigned int freeContractsArray(TARNEL_STRUCT(Contract) *contracts, unsigned int count);
 
-/* ---- Devices
- * ---------------------------------------------------------------------------------------------------------- */
+/* ---- Devices ----------------------------------------------------------------------------------------------------- */
 
 /**
  * Stores devices with all that is programmed into them; as `addLocales`.
@@ -539,27 +545,27 @@ TARNEL_EXPORT unsigned int addDevices(const unsigned short *text, unsigned int l
  * @param device  receives the device, to be released with `freeDevice`; must point to null
  * @param text    `{"D": device}`, of `length` code units
  * @return TARNEL_SUCCESS; TARNEL_INVALID_REQUEST or TARNEL_INVALID_ARGUMENT if the request is refused;
- *         TARNEL_WRITE_FAILED
+ *         TARNEL_WRITE_FAILED. After TARNEL_ALLOCATION_FAILED the device may have been stored.
  */
-TARNEL_EXPORT unsigned int addDevice(TARNEL_STRUCT(Device) * *device, const unsigned short *text, unsigned int length);
+TARNEL_EXPORT unsigned int addDevice(TARNEL_STRUCT(Device) **device, const unsigned short *text, unsigned int length);
 
 /** Reads one device with its domain, sections, zones and device users, to be released with `freeDevice`; as
  * `getLocale`. */
-TARNEL_EXPORT unsigned int getDevice(TARNEL_STRUCT(Device) * *device, unsigned int id);
+TARNEL_EXPORT unsigned int getDevice(TARNEL_STRUCT(Device) **device, unsigned int id);
 
-/** Reads all devices with its domain, sections, zones and device users, to be released with `freeDevicesArray`; as
+/** Reads all devices with their domains, sections, zones and device users, to be released with `freeDevicesArray`; as
  * `getLocales`. */
-TARNEL_EXPORT unsigned int getDevices(TARNEL_STRUCT(Device) * *devices, unsigned int *count);
+TARNEL_EXPORT unsigned int getDevices(TARNEL_STRUCT(Device) **devices, unsigned int *count);
 
 /** Reads the devices of which one field ("id", "account", "domain", "config_version", "parted") equals a value; as
- *  `getLocalesWithParams`. */
-TARNEL_EXPORT unsigned int getDevicesWithParams(TARNEL_STRUCT(Device) * *devices, unsigned int *count,
+ * `getLocalesWithParams`. */
+TARNEL_EXPORT unsigned int getDevicesWithParams(TARNEL_STRUCT(Device) **devices, unsigned int *count,
                                                 const unsigned short *field, unsigned int fieldLength,
                                                 const unsigned short *value, unsigned int valueLength);
 
 /** Sets the configuration version of a stored device ("id", "config_version"; none empties it), changes nothing else,
- *  and hands the device back; as `updateDomain`, but TARNEL_NOT_FOUND for a device that is not stored. */
-TARNEL_EXPORT unsigned int updateDeviceFw(TARNEL_STRUCT(Device) * *device, const unsigned short *text,
+ * and hands the device back; as `updateDomain`, but TARNEL_NOT_FOUND for a device that is not stored. */
+TARNEL_EXPORT unsigned int updateDeviceFw(TARNEL_STRUCT(Device) **device, const unsigned short *text,
                                           unsigned int length);
 
 /** Deletes a device, named under "id"; as `deleteDomain`. Its sections, zones, device users and their section lists are
@@ -567,23 +573,22 @@ TARNEL_EXPORT unsigned int updateDeviceFw(TARNEL_STRUCT(Device) * *device, const
 TARNEL_EXPORT unsigned int deleteDevice(const unsigned short *text, unsigned int length);
 
 /** Releases a device and all that it holds; as `freeLocale`. */
-TARNEL_EXPORT unsigned int freeDevice(TARNEL_STRUCT(Device) * device);
+TARNEL_EXPORT unsigned int freeDevice(TARNEL_STRUCT(Device) *device);
 
 /** Releases a block of devices; as `freeLocalesArray`. */
-TARNEL_EXPORT unsigned int freeDevicesArray(TARNEL_STRUCT(Device) * devices, unsigned int count);
+TARNEL_EXPORT unsigned int freeDevicesArray(TARNEL_STRUCT(Device) *devices, unsigned int count);
 
-/* ---- Sections
- * --------------------------------------------------------------------------------------------------------- */
+/* ---- Sections ---------------------------------------------------------------------------------------------------- */
 
 /** Reads one section of a device with its zones, to be released with `freeSection`; as `getLocale`. */
-TARNEL_EXPORT unsigned int getSection(TARNEL_STRUCT(Section) * *section, unsigned int device, unsigned int id);
+TARNEL_EXPORT unsigned int getSection(TARNEL_STRUCT(Section) **section, unsigned int device, unsigned int id);
 
 /** Reads the sections of a device with their zones, to be released with `freeSectionsArray`; as `getLocales`. */
-TARNEL_EXPORT unsigned int getSections(TARNEL_STRUCT(Section) * *sections, unsigned int *count, unsigned int device);
+TARNEL_EXPORT unsigned int getSections(TARNEL_STRUCT(Section) **sections, unsigned int *count, unsigned int device);
 
 /** Reads the sections of a device of which one field equals a value; as `getLocalesWithParams`, with the JSON keys
  * given at `Section` except "zones". */
-TARNEL_EXPORT unsigned int getSectionsWithParams(TARNEL_STRUCT(Section) * *sections, unsigned int *count,
+TARNEL_EXPORT unsigned int getSectionsWithParams(TARNEL_STRUCT(Section) **sections, unsigned int *count,
                                                  const unsigned short *field, unsigned int fieldLength,
                                                  const unsigned short *value, unsigned int valueLength,
                                                  unsigned int device);
@@ -597,44 +602,44 @@ TARNEL_EXPORT unsigned int getSectionsWithParams(TARNEL_STRUCT(Section) * *secti
  *                 of `length` code units
  * @return TARNEL_SUCCESS; TARNEL_INVALID_REQUEST or TARNEL_INVALID_ARGUMENT if the request is refused;
  *         TARNEL_WRITE_FAILED; TARNEL_PARENT_NOT_FOUND if the device is not in the cache, and TARNEL_READ_FAILED if
- * that could not be told: with these two the section is stored, and not handed out
+ *         that could not be told: with these two the section is stored, and not handed out. After
+ *         TARNEL_ALLOCATION_FAILED the change may have been stored.
  */
-TARNEL_EXPORT unsigned int updateSection(TARNEL_STRUCT(Section) * *section, const unsigned short *text,
+TARNEL_EXPORT unsigned int updateSection(TARNEL_STRUCT(Section) **section, const unsigned short *text,
                                          unsigned int length);
 
 /** Deletes a section, named under "device" and "section", with its zones and its place in the lists of device users; as
- *  `deleteDomain`. */
+ * `deleteDomain`. */
 TARNEL_EXPORT unsigned int deleteSection(const unsigned short *text, unsigned int length);
 
 /** Releases a section with its zones; as `freeLocale`. */
-TARNEL_EXPORT unsigned int freeSection(TARNEL_STRUCT(Section) * section);
+TARNEL_EXPORT unsigned int freeSection(TARNEL_STRUCT(Section) *section);
 
 /** Releases a block of sections; as `freeLocalesArray`. */
-TARNEL_EXPORT unsigned int freeSectionsArray(TARNEL_STRUCT(Section) * sections, unsigned int count);
+TARNEL_EXPORT unsigned int freeSectionsArray(TARNEL_STRUCT(Section) *sections, unsigned int count);
 
-/* ---- Zones
- * ------------------------------------------------------------------------------------------------------------ */
+/* ---- Zones ------------------------------------------------------------------------------------------------------- */
 
 /** Reads one zone of a section of a device, to be released with `freeZone`; as `getLocale`. */
-TARNEL_EXPORT unsigned int getZone(TARNEL_STRUCT(Zone) * *zone, unsigned int device, unsigned int section,
+TARNEL_EXPORT unsigned int getZone(TARNEL_STRUCT(Zone) **zone, unsigned int device, unsigned int section,
                                    unsigned int id);
 
 /** Reads the zones of a device, to be released with `freeZonesArray`; as `getLocales`. */
-TARNEL_EXPORT unsigned int getZones(TARNEL_STRUCT(Zone) * *zones, unsigned int *count, unsigned int device);
+TARNEL_EXPORT unsigned int getZones(TARNEL_STRUCT(Zone) **zones, unsigned int *count, unsigned int device);
 
 /** Reads the zones of a device of which one field equals a value; as `getLocalesWithParams`, with the JSON keys given
  * at `Zone`. */
-TARNEL_EXPORT unsigned int getZonesWithParams(TARNEL_STRUCT(Zone) * *zones, unsigned int *count,
+TARNEL_EXPORT unsigned int getZonesWithParams(TARNEL_STRUCT(Zone) **zones, unsigned int *count,
                                               const unsigned short *field, unsigned int fieldLength,
                                               const unsigned short *value, unsigned int valueLength,
                                               unsigned int device);
 
 /** Reads the zones of a section of a device; as `getZones`. */
-TARNEL_EXPORT unsigned int getZonesForSection(TARNEL_STRUCT(Zone) * *zones, unsigned int *count, unsigned int device,
+TARNEL_EXPORT unsigned int getZonesForSection(TARNEL_STRUCT(Zone) **zones, unsigned int *count, unsigned int device,
                                               unsigned int section);
 
 /** Reads the zones of a section of a device of which one field equals a value; as `getZonesWithParams`. */
-TARNEL_EXPORT unsigned int getZonesForSectionWithParams(TARNEL_STRUCT(Zone) * *zones, unsigned int *count,
+TARNEL_EXPORT unsigned int getZonesForSectionWithParams(TARNEL_STRUCT(Zone) **zones, unsigned int *count,
                                                         const unsigned short *field, unsigned int fieldLength,
                                                         const unsigned short *value, unsigned int valueLength,
                                                         unsigned int device, unsigned int section);
@@ -645,32 +650,32 @@ TARNEL_EXPORT unsigned int getZonesForSectionWithParams(TARNEL_STRUCT(Zone) * *z
  *
  * TARNEL_PARENT_NOT_FOUND if the section or the device is not in the cache.
  */
-TARNEL_EXPORT unsigned int updateZone(TARNEL_STRUCT(Zone) * *zone, const unsigned short *text, unsigned int length);
+TARNEL_EXPORT unsigned int updateZone(TARNEL_STRUCT(Zone) **zone, const unsigned short *text, unsigned int length);
 
 /** Deletes a zone, named under "device", "section" and "zone"; as `deleteDomain`. */
 TARNEL_EXPORT unsigned int deleteZone(const unsigned short *text, unsigned int length);
 
 /** Releases a zone; as `freeLocale`. */
-TARNEL_EXPORT unsigned int freeZone(TARNEL_STRUCT(Zone) * zone);
+TARNEL_EXPORT unsigned int freeZone(TARNEL_STRUCT(Zone) *zone);
 
 /** Releases a block of zones; as `freeLocalesArray`. */
-TARNEL_EXPORT unsigned int freeZonesArray(TARNEL_STRUCT(Zone) * zones, unsigned int count);
+TARNEL_EXPORT unsigned int freeZonesArray(TARNEL_STRUCT(Zone) *zones, unsigned int count);
 
-/* ---- Sites
- * ------------------------------------------------------------------------------------------------------------ */
+/* ---- Sites ------------------------------------------------------------------------------------------------------- */
 
 /** Stores sites with their locations and devices (see `addDevices`); as `addLocales`. */
 TARNEL_EXPORT unsigned int addSites(const unsigned short *text, unsigned int length);
 
 /** Reads one site with its domain, contract and location, to be released with `freeSite`; as `getLocale`. */
-TARNEL_EXPORT unsigned int getSite(TARNEL_STRUCT(Site) * *site, unsigned int id);
+TARNEL_EXPORT unsigned int getSite(TARNEL_STRUCT(Site) **site, unsigned int id);
 
-/** Reads all sites with its domain, contract and location, to be released with `freeSitesArray`; as `getLocales`. */
-TARNEL_EXPORT unsigned int getSites(TARNEL_STRUCT(Site) * *sites, unsigned int *count);
+/** Reads all sites with their domains, contracts and locations, to be released with `freeSitesArray`; as
+ * `getLocales`. */
+TARNEL_EXPORT unsigned int getSites(TARNEL_STRUCT(Site) **sites, unsigned int *count);
 
 /** Reads the sites of which one field equals a value; as `getLocalesWithParams`, with the JSON keys given at `Site`
  * except "location" and "devices". */
-TARNEL_EXPORT unsigned int getSitesWithParams(TARNEL_STRUCT(Site) * *sites, unsigned int *count,
+TARNEL_EXPORT unsigned int getSitesWithParams(TARNEL_STRUCT(Site) **sites, unsigned int *count,
                                               const unsigned short *field, unsigned int fieldLength,
                                               const unsigned short *value, unsigned int valueLength);
 
@@ -685,24 +690,23 @@ TARNEL_EXPORT unsigned int getSiteNameAndAddress(unsigned short **name, unsigned
 
 /** Changes the fields of a site that the request carries, and hands it back; as `updateDomain`. A location replaces the
  * stored one whole; devices in the request are not stored. */
-TARNEL_EXPORT unsigned int updateSite(TARNEL_STRUCT(Site) * *site, const unsigned short *text, unsigned int length);
+TARNEL_EXPORT unsigned int updateSite(TARNEL_STRUCT(Site) **site, const unsigned short *text, unsigned int length);
 
 /** Deletes a site, named under "site_id"; as `deleteDomain`. Its location is deleted with it; its devices, contract and
  * events stay. */
 TARNEL_EXPORT unsigned int deleteSite(const unsigned short *text, unsigned int length);
 
 /** Releases a site and all that it holds; as `freeLocale`. */
-TARNEL_EXPORT unsigned int freeSite(TARNEL_STRUCT(Site) * site);
+TARNEL_EXPORT unsigned int freeSite(TARNEL_STRUCT(Site) *site);
 
 /** Releases a block of sites; as `freeLocalesArray`. */
-TARNEL_EXPORT unsigned int freeSitesArray(TARNEL_STRUCT(Site) * sites, unsigned int count);
+TARNEL_EXPORT unsigned int freeSitesArray(TARNEL_STRUCT(Site) *sites, unsigned int count);
 
-/* ---- Events
- * ----------------------------------------------------------------------------------------------------------- */
+/* ---- Events ------------------------------------------------------------------------------------------------------ */
 
 /** Stores one event, in place of a stored one of its identifier, and hands it back with what its device, section, zone
  * and operator lend it; as `addDevice`. */
-TARNEL_EXPORT unsigned int addEvent(TARNEL_STRUCT(Event) * *event, const unsigned short *text, unsigned int length);
+TARNEL_EXPORT unsigned int addEvent(TARNEL_STRUCT(Event) **event, const unsigned short *text, unsigned int length);
 
 /**
  * Stores events, and hands back those of them whose device is in the cache, in the order of their identifiers.
@@ -714,37 +718,36 @@ TARNEL_EXPORT unsigned int addEvent(TARNEL_STRUCT(Event) * *event, const unsigne
  *         TARNEL_INVALID_REQUEST or TARNEL_INVALID_ARGUMENT if the request is refused; TARNEL_WRITE_FAILED. After
  *         TARNEL_ALLOCATION_FAILED the events may have been stored.
  */
-TARNEL_EXPORT unsigned int addEvents(TARNEL_STRUCT(Event) * *events, unsigned int *count, const unsigned short *text,
+TARNEL_EXPORT unsigned int addEvents(TARNEL_STRUCT(Event) **events, unsigned int *count, const unsigned short *text,
                                      unsigned int length);
 
 /** Reads the events of a range of time, both ends included, whose device is in the cache; as `getLocales`. */
-TARNEL_EXPORT unsigned int getEvents(TARNEL_STRUCT(Event) * *events, unsigned int *count, unsigned int from,
+TARNEL_EXPORT unsigned int getEvents(TARNEL_STRUCT(Event) **events, unsigned int *count, unsigned int from,
                                      unsigned int to);
 
 /** Reads the events whose affect flag is set and whose device is in the cache; as `getLocales`. */
-TARNEL_EXPORT unsigned int getAffectEvents(TARNEL_STRUCT(Event) * *events, unsigned int *count);
+TARNEL_EXPORT unsigned int getAffectEvents(TARNEL_STRUCT(Event) **events, unsigned int *count);
 
 /**
  * Takes the affect flag from an event, which from then on is pruned like any other.
  *
- * @param event  receives the event as it is stored now, to be released with `freeEvent`. Other than elsewhere it may
+ * @param event  receives the event as it is stored now, to be released with `freeEvent`. Unlike elsewhere it may
  *               point to a structure, whose block is released with `free` on success, without what its members point
- * to.
+ *               to.
  * @param text   `{"D": {"id": number}}`, of `length` code units. A value there that is no number reads as 0.
  * @return TARNEL_SUCCESS, TARNEL_NOT_FOUND, TARNEL_INVALID_REQUEST, TARNEL_INVALID_ARGUMENT, TARNEL_READ_FAILED,
  *         TARNEL_WRITE_FAILED
  */
-TARNEL_EXPORT unsigned int removeAffectFlag(TARNEL_STRUCT(Event) * *event, const unsigned short *text,
+TARNEL_EXPORT unsigned int removeAffectFlag(TARNEL_STRUCT(Event) **event, const unsigned short *text,
                                             unsigned int length);
 
 /** Releases an event; as `freeLocale`. */
-TARNEL_EXPORT unsigned int freeEvent(TARNEL_STRUCT(Event) * event);
+TARNEL_EXPORT unsigned int freeEvent(TARNEL_STRUCT(Event) *event);
 
 /** Releases a block of events; as `freeLocalesArray`. */
-TARNEL_EXPORT unsigned int freeEventsArray(TARNEL_STRUCT(Event) * events, unsigned int count);
+TARNEL_EXPORT unsigned int freeEventsArray(TARNEL_STRUCT(Event) *events, unsigned int count);
 
-/* ---- Maintenance
- * ------------------------------------------------------------------------------------------------------ */
+/* ---- Maintenance ------------------------------------------------------------------------------------------------- */
 
 /** Stores the address of the client's server, of any form; it survives every clear. TARNEL_SUCCESS,
  * TARNEL_WRITE_FAILED, TARNEL_INVALID_ARGUMENT. */
