@@ -136,8 +136,9 @@ private:
         return true;
     }
 
+    // Constant as the one of parents is, which else would lose to it.
     template <class Row>
-    bool take(const Row &, bool)
+    bool take(const Row &, bool) const
     {
         return true;
     }
