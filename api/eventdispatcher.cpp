@@ -8,11 +8,6 @@ namespace tarnelLib::api {
 
 bool EventDispatcher::processEvents(QEventLoop::ProcessEventsFlags flags)
 {
-    {
-        const std::lock_guard lock(m_mutex);
-        m_isInterrupted = false;
-        m_isAwake = false; // Before the events are sent: one that is posted meanwhile must be looked at next time.
-    }
     Q_EMIT awake();
     QCoreApplication::sendPostedEvents();
     if (fireTimers())
@@ -23,18 +18,20 @@ bool EventDispatcher::processEvents(QEventLoop::ProcessEventsFlags flags)
     const auto next = std::min_element(m_timers.begin(), m_timers.end(),
                                        [](const Timer &left, const Timer &right) { return left.due < right.due; });
     std::unique_lock lock(m_mutex);
-    const auto isWoken = [this] { return m_isAwake || m_isInterrupted; };
+    const auto isWoken = [this] { return m_isWoken; };
     if (next == m_timers.end())
-        m_woken.wait(lock, isWoken);
+        m_wake.wait(lock, isWoken);
     else
-        m_woken.wait_until(lock, next->due, isWoken);
+        m_wake.wait_until(lock, next->due, isWoken);
+    // Not before the wait: what has come since the events were sent must end it.
+    m_isWoken = false;
     return true;
 }
 
 bool EventDispatcher::hasPendingEvents()
 {
     const std::lock_guard lock(m_mutex);
-    return m_isAwake;
+    return m_isWoken;
 }
 
 /// A timer's receiver may stop any timer, also this one.
@@ -98,15 +95,13 @@ int EventDispatcher::remainingTime(int id)
 void EventDispatcher::wakeUp()
 {
     const std::lock_guard lock(m_mutex);
-    m_isAwake = true;
-    m_woken.notify_one();
+    m_isWoken = true;
+    m_wake.notify_one();
 }
 
 void EventDispatcher::interrupt()
 {
-    const std::lock_guard lock(m_mutex);
-    m_isInterrupted = true;
-    m_woken.notify_one();
+    wakeUp();
 }
 
 } // namespace tarnelLib::api

@@ -51,9 +51,8 @@ private:
     std::vector<Timer> m_timers; ///< Of the launching thread alone, as all but waking up and interrupting.
 
     std::mutex m_mutex;
-    std::condition_variable m_woken;
-    bool m_isAwake = false;
-    bool m_isInterrupted = false;
+    std::condition_variable m_wake;
+    bool m_isWoken = false; ///< By a posted event, or by the wish to end the loop.
 };
 
 } // namespace tarnelLib::api

@@ -53,8 +53,15 @@ inline std::vector<std::string> tables()
 inline std::map<std::string, std::string> content()
 {
     std::map<std::string, std::string> rows;
-    for (const std::string &table : tables())
-        rows[table] = ask("SELECT * FROM " + table);
+    std::string statements;
+    for (const std::string &table : tables()) {
+        rows[table] = "";
+        statements.append("SELECT '").append(table).append("', * FROM ").append(table).append(";");
+    }
+    for (const std::string &line : linesOf(ask(statements))) {
+        const std::size_t end = line.find('|');
+        rows[line.substr(0, end)].append(line, end + 1).append("\n");
+    }
     return rows;
 }
 

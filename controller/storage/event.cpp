@@ -1,4 +1,7 @@
+#include "controller/storage/eventnames.h"
 #include "controller/storage/sqlitedatabase.h"
+
+#include <algorithm>
 
 namespace tarnelLib::controller {
 
@@ -34,10 +37,68 @@ std::string selectEvents(sql::JoinKind deviceJoin)
     return sql::select(selection);
 }
 
-/// The statements that events alone have.
-enum Special : std::size_t { GetInRange, GetById, GetAffects, GetOfMany, CreateIndex, RemoveAffectFlag, ClearBefore };
+/// The select of events without what they borrow, which `EventNames` lends them.
+std::string selectBareEvents()
+{
+    sql::Selection selection = SelectionBuilder::of<Event>();
+    std::fill(selection.columns.begin() + Model::fields.size(), selection.columns.end(), "NULL");
+    return sql::select(selection);
+}
 
-constexpr QueryPreparer::Key key(Special statement)
+/// From so many events on it is worth while to look names up instead of joining them.
+constexpr quint32 manyEvents = 1000;
+
+/// Whether SQLite gives a text back as it was given. It keeps UTF-8, which knows no unpaired surrogates, takes a
+/// byte-order mark off, and replaces the two code units that are no characters.
+bool isKeptAsGiven(const std::optional<Text> &text)
+{
+    if (!text)
+        return true;
+    const std::u16string_view units = text->view();
+    if (!units.empty() && units.front() == 0xfeff)
+        return false;
+    for (std::size_t i = 0; i < units.size(); ++i) {
+        if (units[i] < 0xd800)
+            continue;
+        const bool isPair = units[i] < 0xdc00 && i + 1 < units.size() && (units[i + 1] & 0xfc00) == 0xdc00;
+        if (isPair)
+            ++i;
+        else if (units[i] < 0xe000 || units[i] >= 0xfffe)
+            return false;
+    }
+    return true;
+}
+
+bool isKeptAsGiven(const Event &event)
+{
+    return isKeptAsGiven(event.data) && isKeptAsGiven(event.jData);
+}
+
+/// In the order of the identifiers, of which each is there once: of two events the later one was stored.
+void sortAsStored(std::vector<Event> &events)
+{
+    const auto isOutOfOrder = [](const Event &left, const Event &right) { return left.id >= right.id; };
+    if (std::ranges::adjacent_find(events, isOutOfOrder) == events.end())
+        return;
+    std::ranges::stable_sort(events, {}, &Event::id);
+    const auto reversed = std::ranges::unique(events.rbegin(), events.rend(), {}, &Event::id);
+    events.erase(events.begin(), reversed.begin().base());
+}
+
+/// The statements that events alone have.
+enum Special : std::size_t {
+    CountInRange,
+    GetInRange,
+    GetBareInRange,
+    GetById,
+    GetAffects,
+    GetOfMany,
+    CreateIndex,
+    RemoveAffectFlag,
+    ClearBefore
+};
+
+constexpr QueryPreparer::Key key(std::size_t statement)
 {
     return {QueryPreparer::Verb::Special, &Schema<Event>::table, statement};
 }
@@ -63,19 +124,35 @@ bool SQLiteDatabase::doAddEvents(std::span<const Event> events)
 bool SQLiteDatabase::add(std::vector<Event> &events)
 {
     return inTransaction([&] {
-        std::vector<quint32> identifiers;
-        identifiers.reserve(events.size());
-        for (const Event &event : events)
-            identifiers.push_back(event.id);
         if (!doAddEvents(events))
             return false;
-        events.clear();
-        Query query = m_preparer.prepare(key(GetOfMany), [] {
-            return selectEvents(sql::JoinKind::Inner) + sql::whereIsListed(columnOf(&Event::id));
-        });
-        query->bindList(1, identifiers);
-        return readAll(std::move(query), events, "get events by ids error");
+        // What has been stored is known: reading it back would cost as much again as storing it.
+        return std::ranges::all_of(events, [](const Event &event) { return isKeptAsGiven(event); })
+                   ? lendNames(events, "get events by ids error")
+                   : readBack(events);
     });
+}
+
+/// Takes the events, which hold what is stored, for those that a read by their identifiers would give.
+bool SQLiteDatabase::lendNames(std::vector<Event> &events, const char *message)
+{
+    sortAsStored(events);
+    EventNames names(m_preparer);
+    std::erase_if(events, [&](Event &event) { return !names.lendTo(event); });
+    return names.failure() == nullptr || isDone(Statement::Step::Failed, *names.failure(), message);
+}
+
+bool SQLiteDatabase::readBack(std::vector<Event> &events)
+{
+    std::vector<quint32> identifiers;
+    identifiers.reserve(events.size());
+    for (const Event &event : events)
+        identifiers.push_back(event.id);
+    events.clear();
+    Query query = m_preparer.prepare(
+        key(GetOfMany), [] { return selectEvents(sql::JoinKind::Inner) + sql::whereIsListed(columnOf(&Event::id)); });
+    query->bindList(1, identifiers);
+    return readAll(std::move(query), events, "get events by ids error");
 }
 
 bool SQLiteDatabase::add(std::optional<Event> &event)
@@ -88,11 +165,35 @@ bool SQLiteDatabase::add(std::optional<Event> &event)
 
 bool SQLiteDatabase::get(std::vector<Event> &events, quint32 from, quint32 to)
 {
-    Query query = m_preparer.prepare(key(GetInRange), [] {
-        return selectEvents(sql::JoinKind::Inner) + " WHERE " + columnOf(&Event::time) + " BETWEEN ? AND ?";
+    constexpr const char *message = "get events error";
+    return inTransaction([&] {
+        quint32 count = 0;
+        if (!readFirst(prepareInRange(CountInRange, from, to), message,
+                       [&](const Statement &row) { row.read(0, count); }))
+            return false;
+        if (count < manyEvents)
+            return readAll(prepareInRange(GetInRange, from, to), events, message);
+        EventNames names(m_preparer);
+        const bool isRead = readEach(prepareInRange(GetBareInRange, from, to), message, [&](const Statement &row) {
+            RowReader::read(row, events.emplace_back());
+            if (!names.lendTo(events.back()))
+                events.pop_back();
+        });
+        return isRead && (names.failure() == nullptr || isDone(Statement::Step::Failed, *names.failure(), message));
+    });
+}
+
+Query SQLiteDatabase::prepareInRange(std::size_t statement, quint32 from, quint32 to)
+{
+    Query query = m_preparer.prepare(key(statement), [&] {
+        const std::string condition = " WHERE " + columnOf(&Event::time) + " BETWEEN ? AND ?";
+        if (statement == CountInRange)
+            return "SELECT count(*) FROM (SELECT 1 FROM " + std::string(Model::table) + condition + " LIMIT " +
+                   std::to_string(manyEvents) + ")";
+        return (statement == GetInRange ? selectEvents(sql::JoinKind::Inner) : selectBareEvents()) + condition;
     });
     QueryPreparer::bindAll(*query, from, to);
-    return readAll(std::move(query), events, "get events error");
+    return query;
 }
 
 bool SQLiteDatabase::get(std::vector<Event> &events)

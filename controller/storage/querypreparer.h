@@ -37,6 +37,7 @@ public:
         GetOfMany,
         IsExists,
         Delete,
+        LookUp,  ///< Of the column that is named.
         Special, ///< A statement that one kind alone has.
     };
 

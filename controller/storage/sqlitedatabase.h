@@ -259,6 +259,9 @@ private:
     Query prepareDeleteLinksOfSection(quint32 device, quint32 section);
     Query prepareUpdateDeviceFw(const Device &device);
     Query prepareGetEventById(quint32 id);
+    Query prepareInRange(std::size_t statement, quint32 from, quint32 to);
+    bool lendNames(std::vector<Event> &events, const char *message);
+    bool readBack(std::vector<Event> &events);
     bool doAddDevices(const std::vector<const Device *> &devices);
     bool doGetDevice(std::optional<Device> &device, quint32 id);
     bool getExtraDeviceFields(std::span<Device> devices);

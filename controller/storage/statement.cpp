@@ -1,6 +1,8 @@
 #include "controller/storage/statement.h"
 
 #include <QCoreApplication>
+#include <QSqlError>
+#include <QSqlQuery>
 
 #include <sqlite3.h>
 
@@ -12,6 +14,8 @@ namespace tarnelLib::controller {
 
 QString driverErrorText(sqlite3 *connection, const char *attempt)
 {
+    if (connection == nullptr)
+        return QSqlQuery().lastError().text();
     const auto *message = static_cast<const char16_t *>(sqlite3_errmsg16(connection));
     return QString::fromUtf16(message) + QLatin1Char(' ') + QCoreApplication::translate("QSQLiteResult", attempt);
 }
@@ -34,12 +38,12 @@ bool Statement::prepare(sqlite3 *connection, const std::string &sql)
 
 void Statement::bind(int position, quint32 value)
 {
-    keepBindError(sqlite3_bind_int64(m_handle, position, value));
+    bind(position, static_cast<qint64>(value));
 }
 
 void Statement::bind(int position, qint32 value)
 {
-    keepBindError(sqlite3_bind_int64(m_handle, position, value));
+    bind(position, static_cast<qint64>(value));
 }
 
 void Statement::bind(int position, quint8 value)
@@ -52,10 +56,15 @@ void Statement::bind(int position, bool value)
     keepBindError(sqlite3_bind_int(m_handle, position, value ? 1 : 0));
 }
 
+void Statement::bind(int position, qint64 value)
+{
+    keepBindError(sqlite3_bind_int64(m_handle, position, value));
+}
+
 void Statement::bind(int position, quint64 value)
 {
     if (value <= std::numeric_limits<qint64>::max()) {
-        keepBindError(sqlite3_bind_int64(m_handle, position, static_cast<qint64>(value)));
+        bind(position, static_cast<qint64>(value));
         return;
     }
     // Beyond SQLite's integers: as decimal text, of which the column's affinity makes the nearest floating-point
