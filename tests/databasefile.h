@@ -2,9 +2,11 @@
 
 #include <sqlite3.h>
 
-#include <functional>
+#include <map>
+#include <sstream>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 /// The database file behind the library's back: a second SQLite client, as a support engineer's tool is one.
 namespace client {
@@ -29,6 +31,37 @@ inline std::string ask(const std::string &statements, const char *path = "CacheD
     sqlite3_close(connection);
     if (code != SQLITE_OK)
         throw std::runtime_error(statements + ": " + reason);
+    return rows;
+}
+
+/// The lines of an answer.
+inline std::vector<std::string> linesOf(const std::string &answer)
+{
+    std::vector<std::string> lines;
+    std::istringstream stream(answer);
+    for (std::string line; std::getline(stream, line);)
+        lines.push_back(line);
+    return lines;
+}
+
+inline std::vector<std::string> tables()
+{
+    return linesOf(ask("SELECT name FROM sqlite_master WHERE type = 'table' ORDER BY rowid"));
+}
+
+/// All that the file holds, by table.
+inline std::map<std::string, std::string> content()
+{
+    std::map<std::string, std::string> rows;
+    std::string statements;
+    for (const std::string &table : tables()) {
+        rows[table] = "";
+        statements.append("SELECT '").append(table).append("', * FROM ").append(table).append(";");
+    }
+    for (const std::string &line : linesOf(ask(statements))) {
+        const std::size_t end = line.find('|');
+        rows[line.substr(0, end)].append(line, end + 1).append("\n");
+    }
     return rows;
 }
 

@@ -1,4 +1,5 @@
-#include "kinds.h"
+#include "databasefile.h"
+#include "exports.h"
 
 #include <gtest/gtest.h>
 #include <link.h>
@@ -98,61 +99,30 @@ namespace client {
 
 namespace {
 
-/// Every operation of every kind as a call that succeeds on records 1, over and over.
-struct Call {
-    std::string name;
-    bool isWrite;
-    const Kind &kind;
-    std::function<std::string()> run;
-};
-
-std::vector<Call> calls()
-{
-    std::vector<Call> all;
-    for (const Kind &kind : kinds()) {
-        all.push_back({kind.messages.get, false, kind, [&] { return kind.get(1); }});
-        all.push_back({kind.messages.getAll, false, kind, kind.getAll});
-        all.push_back({kind.messages.getByField, false, kind, [&] { return kind.getWithParams("id", "1"); }});
-        all.push_back({kind.messages.add, true, kind,
-                       [&, text = Text(items(R"({"id":1},{"id":2})"))] { return kind.add(text); }});
-        if (kind.update)
-            all.push_back({kind.messages.update, true, kind,
-                           [&, text = Text(item(R"({"id":2})"))] { return kind.update(text); }});
-        if (kind.deleteItem)
-            all.push_back({kind.messages.deleteItem, true, kind,
-                           [&, text = Text(kind.deleteRequest(1))] { return kind.deleteItem(text); }});
-    }
-    return all;
-}
-
-void addRecords()
-{
-    for (const Kind &kind : kinds())
-        ASSERT_EQ(kind.add(items(kind.record)), "0");
-    // What the full records refer to, so that everything that can be nested is.
-    ASSERT_EQ(kind("Locales").add(items(R"({"id":7,"iso":"i"})")), "0");
-    ASSERT_EQ(kind("Domains").add(items(R"({"id":8,"name":"n","org_id":1,"locale_id":7})")), "0");
-}
-
 /// Makes a call's first request fail, then its second, and so on, until the call does not get to that one any more.
-void expectEveryFailureIs(const std::string &code, Faults &faults, bool isLasting, const Call &call, int leastFailures)
+void expectEveryFailureIs(const std::string &code, Faults &faults, const Export &function, int leastFailures)
 {
-    for (int request = 1;; ++request) {
-        SCOPED_TRACE(call.name + ", request " + std::to_string(request) + (isLasting ? " and all after it" : ""));
-        const std::string before = call.kind.getAll();
-        faults = {request, isLasting, false};
-        const std::string answer = call.run();
-        const bool hasFailed = faults.hasFailed;
-        faults = {};
-        if (!hasFailed) {
-            EXPECT_EQ(answer[0], '0');
-            EXPECT_GT(request, leastFailures);
-            return;
-        }
-        EXPECT_EQ(answer, code);
-        // An update is stored before the record that it hands back is built.
-        if (code != "3" || call.name != call.kind.messages.update) {
-            ASSERT_EQ(call.kind.getAll(), before);
+    for (const bool isLasting : {false, true}) {
+        const TemporaryDirectory directory;
+        const RunningCache cache;
+        addOneOfEverything();
+        // What is written is stored before the record that is handed back is built.
+        const bool isStored = code == "3" && !function.isRead() && function.has(Parameter::Kind::StructureOut);
+        const auto kept = [isStored] { return isStored ? decltype(content())() : content(); };
+        for (int request = 1;; ++request) {
+            SCOPED_TRACE(function.name + ", request " + std::to_string(request) + (isLasting ? " and all after it" : ""));
+            const auto before = kept();
+            faults = {request, isLasting, false};
+            const std::string answer = function.callWith(1);
+            const bool hasFailed = faults.hasFailed;
+            faults = {};
+            if (!hasFailed) {
+                EXPECT_EQ(answer[0], '0');
+                EXPECT_GT(request, leastFailures);
+                break;
+            }
+            ASSERT_EQ(answer, code);
+            ASSERT_EQ(kept(), before);
         }
     }
 }
@@ -176,27 +146,17 @@ int findCode(dl_phdr_info *object, std::size_t, void *)
 TEST(Faults, everyRefusedAllocationIs3)
 {
     ASSERT_EQ(::dl_iterate_phdr(findCode, nullptr), 1);
-    for (const Call &call : calls()) {
-        for (const bool isLasting : {false, true}) {
-            const TemporaryDirectory directory;
-            const RunningCache cache;
-            addRecords();
-            expectEveryFailureIs("3", memoryFaults, isLasting, call, call.isWrite ? 0 : 2);
-        }
+    for (const Export &function : exports()) {
+        if (function.needsCache())
+            expectEveryFailureIs("3", memoryFaults, function, function.has(Parameter::Kind::StructureOut) ? 2 : 0);
     }
 }
 
 TEST(Faults, everyRefusedWriteIs9)
 {
-    for (const Call &call : calls()) {
-        for (const bool isLasting : {false, true}) {
-            if (!call.isWrite)
-                continue;
-            const TemporaryDirectory directory;
-            const RunningCache cache;
-            addRecords();
-            expectEveryFailureIs("9", diskFaults, isLasting, call, 2);
-        }
+    for (const Export &function : exports()) {
+        if (function.needsCache() && !function.isRead())
+            expectEveryFailureIs("9", diskFaults, function, 2);
     }
 }
 
