@@ -24,8 +24,7 @@ TEST_F(Quirks, filterByClusterIdIsRefused)
 TEST_F(Quirks, addReplacesWholeUpdateKeepsTheRest)
 {
     EXPECT_EQ(call("addSites", {items(R"({"id":1,"name":"n","type":2,"location":{"lat":1.5,"lon":2.5}})")}), "0");
-    EXPECT_EQ(call("updateSite", {item(R"({"id":1,"name":""})")}),
-              "0 1|''|-|-|-|-|-|-|-|2|-|-|-|-|-|(1|1.5|2.5)");
+    EXPECT_EQ(call("updateSite", {item(R"({"id":1,"name":""})")}), "0 1|''|-|-|-|-|-|-|-|2|-|-|-|-|-|(1|1.5|2.5)");
     EXPECT_EQ(call("updateSite", {item(R"({"id":1,"location":{"lat":3.5}})")}),
               "0 1|''|-|-|-|-|-|-|-|2|-|-|-|-|-|(1|3.5)");
     EXPECT_EQ(call("addSites", {items(R"({"id":1})")}), "0");
@@ -43,8 +42,9 @@ TEST_F(Quirks, addDeviceKeepsWhatItDoesNotName)
 
 TEST_F(Quirks, zoneNumberIsUniqueInItsDevice)
 {
-    EXPECT_EQ(call("addDevices", {items(R"({"id":1,"sections":[{"id":1,"zones":[{"id":5,"name":"a"}]},)"
-                                        R"({"id":2,"zones":[{"id":5}]}]},{"id":2,"sections":[{"id":1,"zones":[{"id":5}]}]})")}),
+    EXPECT_EQ(call("addDevices",
+                   {items(R"({"id":1,"sections":[{"id":1,"zones":[{"id":5,"name":"a"}]},)"
+                          R"({"id":2,"zones":[{"id":5}]}]},{"id":2,"sections":[{"id":1,"zones":[{"id":5}]}]})")}),
               "0");
     EXPECT_EQ(ask("SELECT ZonesDeviceId, ZonesSectionId, ZonesName FROM Zones"), "1|2|NULL\n2|1|NULL\n");
 }

@@ -44,15 +44,16 @@ TEST(Requests, areReadWholeOrNotAtAll)
         one(R"({"id":1,"iso":"\ud834\udd1e","description":"𝄞日本"})", "1|𝄞|𝄞日本"),
         one(R"({"id":1,"iso":"a\u0000b"})", "1|a"),
     };
-    for (const std::string &text : {std::string(), std::string("[1,2]"), std::string("7"),
-                                    std::string(R"({"D":{"items":[{"id":1}]})"), R"({"D":{"items":[]}})" + std::string(),
-                                    items(R"({"id":1})") + " x", items(R"({"id":1,"x":)" + deep + "}")})
+    for (const std::string &text :
+         {std::string(), std::string("[1,2]"), std::string("7"), std::string(R"({"D":{"items":[{"id":1}]})"),
+          R"({"D":{"items":[]}})" + std::string(), items(R"({"id":1})") + " x", items(R"({"id":1,"x":)" + deep + "}")})
         requests.push_back({text, "10"});
     for (const char *text : {"{}", R"({"items":[{"id":1}]})", R"({"d":{"items":[{"id":1}]}})", R"({"D":[{"id":1}]})",
                              R"({"D":null})", R"({"D":{}})", R"({"D":{"items":{}}})"})
         requests.push_back({text, "5"});
-    for (const char *records : {"7", R"({"id":1},{"id":2},{"iso":"ru"})", R"({"id":1},[])", R"({"id":null})",
-                                R"({"id":"7"})", R"({"ID":7})", R"({"id":1,"iso":null})", R"({"id":1,"description":7})"})
+    for (const char *records :
+         {"7", R"({"id":1},{"id":2},{"iso":"ru"})", R"({"id":1},[])", R"({"id":null})", R"({"id":"7"})", R"({"ID":7})",
+          R"({"id":1,"iso":null})", R"({"id":1,"description":7})"})
         requests.push_back({items(records), "5"});
     expectReadOf("Locales", requests);
 }
@@ -87,8 +88,8 @@ TEST(Requests, valuesOfAnotherTypeFailTheWhole)
              {"Contracts", {R"("contractor_id":"1")", R"("operator_id":null)"}},
              {"Organizations", {R"("contact":{"name":"n"})", R"("contact":1)"}},
              {"Devices",
-              {R"("sections":{})", R"("sections":[1])", R"("sections":[{"id":1,"zones":[{}]}])", R"("users":[{"id":1}])",
-               R"("users":[{"user_index":1,"sections":["1"]}])"}},
+              {R"("sections":{})", R"("sections":[1])", R"("sections":[{"id":1,"zones":[{}]}])",
+               R"("users":[{"id":1}])", R"("users":[{"user_index":1,"sections":["1"]}])"}},
              {"Sites", {R"("location":[])", R"("location":{"lat":"1"})", R"("devices":[{"id":1},7])"}}}) {
         for (const std::string &field : fields)
             expectReadOf(kinds, {one(R"({"id":1,"org_id":1,)" + field + "}", "5")});
@@ -102,8 +103,8 @@ TEST(Requests, namePartsAndTheirParents)
     EXPECT_EQ(call("addDevices", {items(R"({"id":0,"sections":[{"id":2,"zones":[{"id":3}]}]})")}), "0");
     for (const std::string record : {R"({"device":0,"section":2,"zone":3})", R"({"device":0,"section":2,"id":3})"})
         EXPECT_EQ(call("updateZone", {item(record)}), "0 3");
-    for (const std::string record : {R"({"section":2,"zone":3})", R"({"device":0,"zone":3})", R"({"device":0,"section":2})",
-                                     R"({"device":"0","section":2,"zone":3})"}) {
+    for (const std::string record : {R"({"section":2,"zone":3})", R"({"device":0,"zone":3})",
+                                     R"({"device":0,"section":2})", R"({"device":"0","section":2,"zone":3})"}) {
         EXPECT_EQ(call("updateZone", {item(record)}), "5");
         EXPECT_EQ(call("deleteZone", {item(record)}), record.find("\"0\"") == std::string::npos ? "5" : "0");
     }
@@ -116,7 +117,8 @@ TEST(Requests, loneSurrogatesReadTheSameOnEveryPath)
     const TemporaryDirectory directory;
     const RunningCache cache;
     for (const Text &text :
-         {Text(items(R"({"id":1,"name":"x\ud800x","org_id":1})")), Text(items(R"({"id":1,"name":"\udc00","org_id":1})")),
+         {Text(items(R"({"id":1,"name":"x\ud800x","org_id":1})")),
+          Text(items(R"({"id":1,"name":"\udc00","org_id":1})")),
           Text(u"{\"D\":{\"items\":[{\"id\":1,\"name\":\"" + std::u16string{0xd800} + u"\",\"org_id\":1}]}}")}) {
         EXPECT_EQ(call("addDomains", {text}), "0");
         const std::string answer = call("getDomain", {1});

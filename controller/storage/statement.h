@@ -14,8 +14,8 @@ struct sqlite3_stmt;
 
 namespace tarnelLib::controller {
 
-/// The text that Qt's SQLite driver gives for the connection's last error, or for the lack of a connection; `attempt` is
-/// the driver's word for what was tried.
+/// The text that Qt's SQLite driver gives for the connection's last error, or for the lack of a connection; `attempt`
+/// is the driver's word for what was tried.
 QString driverErrorText(sqlite3 *connection, const char *attempt);
 
 /// One prepared statement of the connection: bound by position, stepped through, and used again.
