@@ -6,10 +6,17 @@
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
+#include <numeric>
+#include <set>
 
 namespace model {
 
 namespace {
+
+/// Ends a call with a code.
+struct Refusal {
+    unsigned code;
+};
 
 std::string quoted(const std::string &text)
 {
@@ -36,24 +43,40 @@ std::string joined(const char *brackets, const Items &items, ToText &&toText)
     return result;
 }
 
-double numberIn(const Record &record, const std::string &key)
+Value valueIn(const Record *record, const std::string &key)
 {
-    const auto found = record.find(key);
-    const double *number = found == record.end() ? nullptr : std::get_if<double>(&found->second);
-    return number == nullptr ? 0 : *number;
+    return record != nullptr && record->contains(key) ? record->at(key) : Value();
 }
 
-bool isEqual(const Value &one, const Value &other)
+/// 0 for what is no number.
+double numberIn(const Record &record, const std::string &key)
 {
-    return json(one) == json(other);
+    const Value value = valueIn(&record, key);
+    const auto *number = std::get_if<double>(&value);
+    return number == nullptr ? 0 : *number;
 }
 
 bool isMatching(const Record &row, const Record &match)
 {
     return std::ranges::all_of(match, [&](const auto &wanted) {
-        const auto found = row.find(wanted.first);
-        return found != row.end() && isEqual(found->second, wanted.second);
+        return row.contains(wanted.first) && json(row.at(wanted.first)) == json(wanted.second);
     });
+}
+
+/// A value of a request, which is refused if it has another type.
+template <class Wanted>
+const Wanted &as(const Value &value)
+{
+    if (const auto *wanted = std::get_if<Wanted>(&value))
+        return *wanted;
+    throw Refusal{5};
+}
+
+const Value &member(const Record &object, const std::string &key)
+{
+    if (const auto found = object.find(key); found != object.end())
+        return found->second;
+    throw Refusal{5};
 }
 
 double unsignedOf(double number)
@@ -68,98 +91,51 @@ double signedOf(double number)
     return number == std::trunc(number) && number >= Limits::min() && number <= Limits::max() ? number : 0;
 }
 
-std::optional<Record> parsed(const Kind &kind, const Value &value, std::optional<double> givenId = {});
+Record parsed(const Kind &kind, const Record &object, const double *givenId = nullptr);
 
-/// A value of a request as it is stored; nothing if it is of a wrong type.
-std::optional<Value> parsed(const Field &field, const Value &value, double owner)
+/// A value of a request as it is stored.
+Value parsed(const Field &field, const Value &value, double owner)
 {
-    const auto *number = std::get_if<double>(&value);
-    const auto read = [&](auto &&convert) { return number ? std::optional<Value>(convert(*number)) : std::nullopt; };
-    const auto nested = [&](const Value &object, std::optional<double> id) {
-        const auto record = parsed(*field.other, object, id);
-        return record ? std::optional<Value>(*record) : std::nullopt;
-    };
     switch (field.type) {
     case Type::Text:
-        return std::holds_alternative<std::string>(value) ? std::optional(value) : std::nullopt;
-    case Type::Unsigned:
-        return read(unsignedOf);
+        return as<std::string>(value);
     case Type::Signed:
-        return read(signedOf);
+        return signedOf(as<double>(value));
     case Type::Byte:
-        return read([](double all) { return double(static_cast<std::uint8_t>(static_cast<int>(signedOf(all)))); });
+        return double(static_cast<std::uint8_t>(static_cast<int>(signedOf(as<double>(value)))));
     case Type::Flag: // The integer reading makes 0 of either boolean.
-        return std::holds_alternative<bool>(value) ? 0.0 : read([](double all) { return double(signedOf(all) != 0); });
+        return std::holds_alternative<bool>(value) ? 0.0 : double(signedOf(as<double>(value)) != 0);
     case Type::Wide:
-        return read([](double all) { return std::trunc(all); });
+        return std::trunc(as<double>(value));
+    case Type::Real:
+        return as<double>(value);
     case Type::Nested:
-        return field.oddity == Oddity::WholeInRequest ? nested(value, {}) : read(unsignedOf);
-    case Type::Attached:
-        return nested(value, owner);
-    case Type::Children:
-    case Type::Numbers: {
-        const auto *items = std::get_if<List>(&value);
-        List result;
-        for (const Value &item : items ? *items : List{}) {
-            static const Field plainNumber{"", Type::Unsigned, {}};
-            const auto part = field.type == Type::Children ? nested(item, {}) : parsed(plainNumber, item, 0);
-            if (!part)
-                return std::nullopt;
-            result.push_back(*part);
-        }
-        return items ? std::optional<Value>(result) : std::nullopt;
-    }
+        if (field.isObjectInRequest())
+            return parsed(*field.other, as<Record>(value), field.key == "location" ? &owner : nullptr);
+        [[fallthrough]];
+    case Type::Unsigned:
+        return unsignedOf(as<double>(value));
     default:
-        return read([](double all) { return all; });
+        List items;
+        for (const Value &item : as<List>(value))
+            items.push_back(field.other ? Value(parsed(*field.other, as<Record>(item))) : unsignedOf(as<double>(item)));
+        return items;
     }
 }
 
-std::optional<Record> parsed(const Kind &kind, const Value &value, std::optional<double> givenId)
+Record parsed(const Kind &kind, const Record &object, const double *givenId)
 {
-    const auto *object = std::get_if<Record>(&value);
-    if (object == nullptr)
-        return std::nullopt;
-    auto id = object->find(kind.id);
-    if (id == object->end())
-        id = object->find(kind.alternative);
-    if (!givenId && (id == object->end() || !std::holds_alternative<double>(id->second)))
-        return std::nullopt;
-    const double identifier = givenId ? *givenId : unsignedOf(std::get<double>(id->second));
-    Record result{{kind.id, identifier}};
+    const std::string &key = object.contains(kind.id) ? kind.id : kind.alternative;
+    const double id = givenId ? *givenId : unsignedOf(as<double>(member(object, key)));
+    Record result{{kind.id, id}};
     for (const Field &field : kind.fields) {
-        const auto member = object->find(field.key);
-        if (member == object->end() || field.type == Type::Joined || field.type == Type::Lent)
-            continue;
-        const auto read = parsed(field, member->second, identifier);
-        if (!read)
-            return std::nullopt;
-        result.emplace(field.key, *read);
+        if (field.isInRequest() && object.contains(field.key))
+            result.emplace(field.key, parsed(field, object.at(field.key), id));
     }
     return result;
 }
 
-/// The object under "D", or the code that refuses the request.
-std::variant<Record, unsigned> contentOf(const Value &request)
-{
-    const auto *envelope = std::get_if<Record>(&request);
-    if (envelope == nullptr)
-        return 10U;
-    const auto found = envelope->find("D");
-    const auto *content = found == envelope->end() ? nullptr : std::get_if<Record>(&found->second);
-    if (content == nullptr)
-        return 5U;
-    return *content;
-}
-
-/// What names the parts of a record.
-Record asParent(const Kind &kind, const Record &row)
-{
-    Record result{{kind.asParent, row.at(kind.id)}};
-    for (const std::string &parent : kind.parents)
-        result.emplace(parent, row.at(parent));
-    return result;
-}
-
+/// Names a record, or the parts of a parent, by as many identifiers as there are.
 Record matchOf(const Kind &kind, const std::vector<unsigned> &ids)
 {
     std::vector<std::string> keys = kind.parents;
@@ -170,6 +146,17 @@ Record matchOf(const Kind &kind, const std::vector<unsigned> &ids)
     return match;
 }
 
+/// What names the parts of a record: only devices and sections have any in tables of their own.
+Record asParent(const Kind &kind, const Record &row)
+{
+    Record result;
+    if (kind.table == "Devices")
+        result.emplace("device", row.at("id"));
+    if (kind.table == "Sections")
+        result = {{"device", row.at("device")}, {"section", row.at("id")}};
+    return result;
+}
+
 /// Whether a stored value equals a text: numbers as numbers, texts as they are.
 bool isEqualToText(const Value &stored, const std::string &text)
 {
@@ -178,7 +165,7 @@ bool isEqualToText(const Value &stored, const std::string &text)
         const double value = std::strtod(text.c_str(), &end);
         return !text.empty() && *end == '\0' && value == *number;
     }
-    return isEqual(stored, text);
+    return json(stored) == json(text);
 }
 
 } // namespace
@@ -198,216 +185,181 @@ std::string json(const Value &value)
         return joined("[]", std::get<List>(value), json);
     case 5:
         return joined("{}", std::get<Record>(value),
-                      [](const auto &member) { return quoted(member.first) + ":" + json(member.second); });
+                      [](const auto &entry) { return quoted(entry.first) + ":" + json(entry.second); });
     default:
         return "null";
     }
 }
 
-std::string text(std::vector<std::string> records, bool isOrdered)
+std::string textOf(std::vector<std::string> records, bool isOrdered)
 {
     if (!isOrdered)
         std::ranges::sort(records);
-    std::string result;
-    for (const std::string &record : records)
-        result += record + "\n";
-    return result;
+    return std::accumulate(records.begin(), records.end(), std::string(),
+                           [](std::string text, const std::string &record) { return text.append(record + "\n"); });
 }
 
 Outcome Model::call(const Call &call)
+try {
+    if (call.isOccupied && call.operation->verb != Verb::RemoveFlag)
+        return {10};
+    return carryOut(call);
+} catch (const Refusal &refusal) {
+    return {refusal.code};
+}
+
+Outcome Model::carryOut(const Call &call)
 {
     const Kind &kind = *call.operation->kind;
     const Verb verb = call.operation->verb;
-    if (call.isOccupied && verb != Verb::RemoveFlag)
-        return {10, {}};
+    if (verb <= Verb::RemoveFlag) {
+        const auto *envelope = std::get_if<Record>(&call.request);
+        if (envelope == nullptr)
+            return {10};
+        const auto &content = as<Record>(member(*envelope, "D"));
+        return verb <= Verb::AddOne   ? add(call, content)
+               : verb == Verb::Update ? update(kind, content)
+               : verb == Verb::Delete ? remove(kind, content)
+                                      : removeFlag(kind, content);
+    }
+    const Record match = verb <= Verb::Filter || verb == Verb::Fields ? matchOf(kind, call.ids) : Record();
+    const Record *found = row(kind.table, match);
     switch (verb) {
-    case Verb::Add:
-    case Verb::AddEvents:
-        return add(call);
-    case Verb::AddOne:
-    case Verb::Update:
-    case Verb::UpdateVersion:
-    case Verb::Delete:
-    case Verb::RemoveFlag: {
-        const auto content = contentOf(call.request);
-        if (const auto *code = std::get_if<unsigned>(&content))
-            return {*code, {}};
-        const Record &record = std::get<Record>(content);
-        if (verb == Verb::Delete)
-            return remove(kind, record);
-        if (verb == Verb::RemoveFlag)
-            return removeFlag(record);
-        if (verb != Verb::AddOne)
-            return update(kind, record, verb == Verb::UpdateVersion);
-        const auto item = parsed(kind, record);
-        if (!item)
-            return {5, {}};
-        store(kind, *item, {}, true);
-        return {0, json(view(kind, *row(kind, {{kind.id, item->at(kind.id)}})))};
-    }
-    case Verb::Get: {
-        const Record *found = row(kind, matchOf(kind, call.ids));
-        return found ? Outcome{0, json(view(kind, *found))} : Outcome{8, {}};
-    }
+    case Verb::Get:
+        return found ? Outcome{0, json(view(kind, *found))} : Outcome{8};
+    case Verb::Fields:
+        return found ? Outcome{0, json(List{valueIn(found, "name"), valueIn(found, "address_text")})} : Outcome{8};
     case Verb::All:
-        return handOut(kind, rows(kind, matchOf(kind, call.ids)));
+        return handOut(kind, rows(kind.table, match));
     case Verb::Filter: {
-        const auto field = std::ranges::find(kind.fields, call.field, &Field::key);
-        if (call.field != kind.id &&
-            (field == kind.fields.end() || field->oddity == Oddity::NoFilter || (field->type >= Type::Attached)))
-            return {10, {}};
-        Rows found = rows(kind, matchOf(kind, call.ids));
-        std::erase_if(found, [&](const Record *row) {
-            const auto stored = row->find(call.field);
-            return stored == row->end() || !isEqualToText(stored->second, call.value);
+        const std::string &key = call.texts[0];
+        const auto field = std::ranges::find(kind.fields, key, &Field::key);
+        if (key != kind.id && (field == kind.fields.end() || !field->isInRequest() || field->type > Type::Nested ||
+                               key == "location" || key == "cluster_id"))
+            return {10};
+        Rows filtered = rows(kind.table, match);
+        std::erase_if(filtered, [&](const Record *row) {
+            return !row->contains(key) || !isEqualToText(row->at(key), call.texts[1]);
         });
-        return handOut(kind, found);
+        return handOut(kind, filtered);
     }
     case Verb::Range:
-        return handOut(kind, eventsOfKnownDevices([&](const Record &event) {
-                           return event.contains("time") && numberIn(event, "time") >= call.ids[0] &&
-                                  numberIn(event, "time") <= call.ids[1];
-                       }));
+        return handOutEvents(kind, [&](const Record &event) {
+            const double time = numberIn(event, "time");
+            return event.contains("time") && time >= call.ids[0] && time <= call.ids[1];
+        });
     case Verb::Affects:
-        return handOut(kind, eventsOfKnownDevices([](const Record &event) { return numberIn(event, "affect") == 1; }));
-    case Verb::NameAndAddress: {
-        const Record *found = row(kind, matchOf(kind, call.ids));
-        if (found == nullptr)
-            return {8, {}};
-        const auto member = [&](const char *key) { return found->contains(key) ? found->at(key) : Value(); };
-        return {0, json(List{member("name"), member("address_text")})};
-    }
+        return handOutEvents(kind, [](const Record &event) { return numberIn(event, "affect") == 1; });
+    case Verb::Prune:
+        std::erase_if(m_tables["Events"], [&](const auto &entry) {
+            const Record &event = entry.second;
+            return event.contains("time") && numberIn(event, "time") <= call.ids[0] && event.contains("affect") &&
+                   numberIn(event, "affect") == 0;
+        });
+        return {};
     case Verb::SetServer:
-        m_server = call.text;
+        m_server = call.texts[0];
         return {};
     case Verb::GetServer:
-        return {0, m_server};
-    case Verb::Prune:
-        prune(call.ids[0]);
-        return {};
+        return {0, m_server.empty() ? "" : json(m_server)};
     case Verb::ClearExceptEvents:
         std::erase_if(m_tables, [](const auto &table) { return table.first != "Events"; });
         return {};
     case Verb::ClearAll:
         m_tables.clear();
         return {};
-    case Verb::Relaunch:
+    default: // An exit and a launch, which leave the records as they are.
         return {0, "0 255 255"};
     }
-    return {};
 }
 
-Outcome Model::add(const Call &call)
+Outcome Model::add(const Call &call, const Record &content)
 {
     const Kind &kind = *call.operation->kind;
-    const auto content = contentOf(call.request);
-    if (const auto *code = std::get_if<unsigned>(&content))
-        return {*code, {}};
-    const auto &record = std::get<Record>(content);
-    const auto found = record.find("items");
-    const auto *items = found == record.end() ? nullptr : std::get_if<List>(&found->second);
-    if (items == nullptr || items->empty())
-        return {items == nullptr ? 5U : 10U, {}};
+    if (call.operation->verb == Verb::AddOne) {
+        const Record record = parsed(kind, content);
+        store(kind, record, {}, true);
+        return {0, json(view(kind, *row(kind.table, {{"id", record.at("id")}})))};
+    }
     std::vector<Record> records;
-    for (const Value &item : *items) {
-        const auto read = parsed(kind, item);
-        if (!read)
-            return {5, {}};
-        records.push_back(*read);
-    }
+    for (const Value &item : as<List>(member(content, "items")))
+        records.push_back(parsed(kind, as<Record>(item)));
+    if (records.empty())
+        return {10};
     std::set<double> ids;
-    for (const Record &item : records) {
-        store(kind, item, {}, true);
-        ids.insert(numberIn(item, kind.id));
+    for (const Record &record : records) {
+        store(kind, record, {}, true);
+        ids.insert(numberIn(record, kind.id));
     }
-    if (call.operation->verb == Verb::Add)
+    if (kind.table != "Events")
         return {};
-    return handOut(kind, eventsOfKnownDevices([&](const Record &event) { return ids.contains(numberIn(event, "id")); }),
-                   true);
+    return handOutEvents(
+        kind, [&](const Record &event) { return ids.contains(numberIn(event, "id")); }, true);
 }
 
-Outcome Model::update(const Kind &kind, const Record &content, bool isVersionAlone)
+Outcome Model::update(const Kind &kind, const Record &content)
 {
-    Record match;
-    for (const std::string &parent : kind.parents) {
-        const auto found = content.find(parent);
-        if (found == content.end() || !std::holds_alternative<double>(found->second))
-            return {5, {}};
-        match.emplace(parent, unsignedOf(std::get<double>(found->second)));
-    }
-    const auto record = parsed(kind, content);
-    if (!record)
-        return {5, {}};
-    const Record parents = match;
-    match.emplace(kind.id, record->at(kind.id));
-    if (isVersionAlone) {
-        const Record *stored = row(kind, match);
-        if (stored == nullptr)
-            return {8, {}};
-        Record &device = m_tables.at(kind.table).at({numberIn(match, "id")});
+    Record parents;
+    for (const std::string &parent : kind.parents)
+        parents.emplace(parent, unsignedOf(as<double>(member(content, parent))));
+    const Record record = parsed(kind, content);
+    Record match = parents;
+    match.emplace(kind.id, record.at(kind.id));
+    if (kind.table == "Devices") { // Nothing but the version, which none empties.
+        if (row(kind.table, match) == nullptr)
+            return {8};
+        Record &device = m_tables.at(kind.table).at({numberIn(record, "id")});
         device.erase("config_version");
-        if (record->contains("config_version"))
-            device.emplace("config_version", record->at("config_version"));
+        if (record.contains("config_version"))
+            device.emplace("config_version", record.at("config_version"));
     } else {
-        store(kind, *record, parents, false);
+        store(kind, record, parents, false);
     }
-    if (parents.contains("section") &&
-        !row(kindOf<client::api::Section>(), {{"device", parents.at("device")}, {"id", parents.at("section")}}))
-        return {11, {}};
-    if (parents.contains("device") && !row(kindOf<client::api::Device>(), {{"id", parents.at("device")}}))
-        return {11, {}};
-    return {0, json(view(kind, *row(kind, match)))};
+    const Value device = valueIn(&parents, "device");
+    const Value section = valueIn(&parents, "section");
+    if ((!section.isAbsent() && !row("Sections", {{"device", device}, {"id", section}})) ||
+        (!device.isAbsent() && !row("Devices", {{"id", device}})))
+        return {11};
+    return {0, json(view(kind, *row(kind.table, match)))};
 }
 
 Outcome Model::remove(const Kind &kind, const Record &content)
 {
     std::vector<unsigned> ids;
     for (const std::string &key : kind.deleteKeys) {
-        if (!content.contains(key))
-            return {5, {}};
+        member(content, key);
         ids.push_back(static_cast<unsigned>(unsignedOf(numberIn(content, key))));
     }
     const Record match = matchOf(kind, ids);
-    const Record *stored = row(kind, match);
+    const Record *stored = row(kind.table, match);
     if (stored == nullptr)
-        return {8, {}};
-    if (kind.table == "Organizations" && stored->contains("contact"))
-        erase("Persons", {{"id", stored->at("contact")}});
+        return {8};
+    if (kind.table == "Organizations")
+        erase("Persons", {{"id", valueIn(stored, "contact")}});
     if (kind.table == "Sites")
         erase("Locations", match);
-    for (const char *part : {"Sections", "Zones", "DeviceUsers", "Links"}) {
-        if (kind.table == "Devices" || (kind.table == "Sections" && (*part == 'Z' || *part == 'L')))
-            erase(part, asParent(kind, *stored));
+    if (const Record parent = asParent(kind, *stored); !parent.empty()) {
+        for (const char *parts : {"Sections", "Zones", "DeviceUsers", "Links"})
+            erase(parts, parent);
     }
     erase(kind.table, match);
     return {};
 }
 
-Outcome Model::removeFlag(const Record &content)
+Outcome Model::removeFlag(const Kind &kind, const Record &content)
 {
-    if (!content.contains("id"))
-        return {5, {}};
-    const Kind &kind = kindOf<client::api::Event>();
+    member(content, "id");
     auto &events = m_tables[kind.table];
     const auto event = events.find({unsignedOf(numberIn(content, "id"))});
     if (event == events.end())
-        return {8, {}};
+        return {8};
     event->second.insert_or_assign("affect", 0.0);
     return {0, json(view(kind, event->second))};
 }
 
-void Model::prune(unsigned date)
-{
-    std::erase_if(m_tables["Events"], [&](const auto &event) {
-        return event.second.contains("time") && numberIn(event.second, "time") <= date &&
-               event.second.contains("affect") && numberIn(event.second, "affect") == 0;
-    });
-}
-
+/// Stores a record in its row: in place of what is there, or only the fields that it has.
 void Model::store(const Kind &kind, const Record &record, const Record &parents, bool isWhole)
 {
-    Record identity = parents;
-    identity.emplace(kind.id, record.at(kind.id));
     Key key;
     if (!kind.parents.empty())
         key.push_back(numberIn(parents, kind.parents.front()));
@@ -415,30 +367,27 @@ void Model::store(const Kind &kind, const Record &record, const Record &parents,
     Record &row = m_tables[kind.table][key];
     if (isWhole)
         row.clear();
-    for (const auto &[name, value] : identity)
+    for (const auto &[name, value] : parents)
         row.insert_or_assign(name, value);
-    for (const Field &field : kind.fields) {
-        const auto found = record.find(field.key);
-        if (found == record.end())
-            continue;
-        const auto *items = std::get_if<List>(&found->second);
-        if (const auto *nested = std::get_if<Record>(&found->second)) {
+    for (const auto &[name, value] : record) {
+        if (const auto *nested = std::get_if<Record>(&value)) {
+            const Field &field = *std::ranges::find(kind.fields, name, &Field::key);
             store(*field.other, *nested, {}, true);
-            if (field.type == Type::Nested)
-                row.insert_or_assign(field.key, nested->at("id"));
-        } else if (items == nullptr) {
-            row.insert_or_assign(field.key, found->second);
-        } else if (isWhole) {
-            for (const Value &item : *items) {
-                if (field.type == Type::Children) {
-                    store(*field.other, std::get<Record>(item), kind.asParent.empty() ? Record() : asParent(kind, row),
-                          true);
-                    continue;
-                }
-                const double section = std::get<double>(item);
-                m_tables["Links"][{key[0], key[1], section}] = {
-                    {"device", key[0]}, {"user", key[1]}, {"section", section}};
-            }
+            if (name == "contact")
+                row.insert_or_assign(name, nested->at("id"));
+        } else if (!std::holds_alternative<List>(value)) {
+            row.insert_or_assign(name, value);
+        }
+    }
+    for (const Field &field : kind.fields) {
+        if (field.type != Type::Items || !record.contains(field.key) || !isWhole)
+            continue;
+        for (const Value &item : std::get<List>(record.at(field.key))) {
+            if (field.other != nullptr)
+                store(*field.other, std::get<Record>(item), asParent(kind, row), true);
+            else
+                m_tables["Links"][{key[0], key[1], std::get<double>(item)}] = {
+                    {"device", key[0]}, {"user", key[1]}, {"section", item}};
         }
     }
 }
@@ -448,81 +397,77 @@ void Model::erase(const std::string &table, const Record &match)
     std::erase_if(m_tables[table], [&](const auto &row) { return isMatching(row.second, match); });
 }
 
-Record Model::view(const Kind &kind, const Record &row, bool needsJoinedRows) const
+/// A row as it is handed out. Where rows are needed, a locale that is not cached is no more than absent.
+Record Model::view(const Kind &kind, const Record &row, bool needsRows) const
 {
+    needsRows = needsRows || kind.table == "Organizations" || kind.table == "Contracts" || kind.table == "Devices" ||
+                kind.table == "Sites";
     Record result{{kind.id, row.at(kind.id)}};
-    const auto addItems = [&](const Field &field, List items) {
-        if (!items.empty())
-            result.emplace(field.key, std::move(items));
-    };
     for (const Field &field : kind.fields) {
-        if (field.type == Type::Lent) {
-            if (const Value value = lentToEvent(row, field.key); !value.isAbsent())
-                result.emplace(field.key, value);
-        } else if (field.type == Type::Children && !kind.asParent.empty()) {
-            List items;
-            for (const Record *part : rows(*field.other, asParent(kind, row)))
-                items.push_back(view(*field.other, *part));
-            addItems(field, items);
-        } else if (field.type == Type::Numbers) {
-            List items;
-            if (m_tables.contains("Links")) {
-                for (const auto &[key, link] : m_tables.at("Links")) {
-                    if (isMatching(link, {{"device", row.at("device")}, {"user", row.at(kind.id)}}))
-                        items.push_back(link.at("section"));
-                }
-            }
-            addItems(field, items);
-        } else if (!field.by.empty() && row.contains(field.by)) {
-            const bool isApart = field.oddity == Oddity::ReadApart;
-            const Value &id = row.at(field.by);
-            const Record *other = isApart && isEqual(id, 0.0) ? nullptr : this->row(*field.other, {{"id", id}});
-            const bool needsRows = needsJoinedRows || kind.needsJoinedRows;
-            if (other != nullptr)
-                result.emplace(field.key, view(*field.other, *other, needsRows && !isApart));
-            else if (field.oddity == Oddity::IdentifierAlone && !needsRows)
-                result.emplace(field.key, Record{{"id", id}});
-        } else if (field.by.empty() && row.contains(field.key)) {
-            result.emplace(field.key, row.at(field.key));
+        Value value = field.isInRequest() ? valueIn(&row, field.key) : Value();
+        const Record part = asParent(kind, row);
+        if (field.type == Type::Nested) {
+            // A site's domain is not joined: 0 names none, and it is as when it is read alone.
+            const bool isReadApart = kind.table == "Sites" && field.key == "Domain";
+            const Value id = valueIn(&row, field.by);
+            const Record *other = this->row(field.other->table, {{"id", id}});
+            value = Value();
+            if (other != nullptr && !(isReadApart && numberIn(row, field.by) == 0))
+                value = view(*field.other, *other, needsRows && !isReadApart);
+            else if (field.key == "locale_id" && !id.isAbsent() && !needsRows)
+                value = Record{{"id", id}};
+        } else if (field.type == Type::Items && field.other == nullptr) {
+            List sections;
+            for (const Record *link : rows("Links", {{"device", row.at("device")}, {"user", row.at(kind.id)}}))
+                sections.push_back(link->at("section"));
+            value = sections.empty() ? Value() : sections;
+        } else if (field.type == Type::Items && !part.empty()) {
+            List parts;
+            for (const Record *other : rows(field.other->table, part))
+                parts.push_back(view(*field.other, *other));
+            value = parts.empty() ? Value() : parts;
+        } else if (!field.isInRequest()) {
+            value = lentToEvent(row, field.key);
         }
+        if (!value.isAbsent())
+            result.emplace(field.key, std::move(value));
     }
     return result;
 }
 
 Value Model::lentToEvent(const Record &event, const std::string &name) const
 {
-    using namespace client::api;
-    const auto field = [](const Record *row, const char *key) {
-        return row && row->contains(key) ? row->at(key) : Value();
-    };
-    const Value device = field(&event, "device");
-    const Value section = field(&event, "section");
+    const Value device = valueIn(&event, "device");
+    const Value section = valueIn(&event, "section");
     if (name == "DeviceAccount")
-        return field(row(kindOf<Device>(), {{"id", device}}), "account");
+        return valueIn(row("Devices", {{"id", device}}), "account");
     if (name == "SectionName")
-        return field(row(kindOf<Section>(), {{"device", device}, {"id", section}}), "name");
+        return valueIn(row("Sections", {{"device", device}, {"id", section}}), "name");
     if (name == "ZoneName")
-        return field(row(kindOf<Zone>(), {{"device", device}, {"section", section}, {"id", field(&event, "zone")}}),
-                     "name");
-    const Record *user = row(kindOf<User>(), {{"id", field(&event, "operator_id")}});
-    return field(row(kindOf<Domain>(), {{"id", field(user, "domain")}}), "name");
+        return valueIn(row("Zones", {{"device", device}, {"section", section}, {"id", valueIn(&event, "zone")}}),
+                       "name");
+    if (name == "DomainName") {
+        const Record *user = row("Users", {{"id", valueIn(&event, "operator_id")}});
+        return valueIn(row("Domains", {{"id", valueIn(user, "domain")}}), "name");
+    }
+    return {};
 }
 
-Model::Rows Model::rows(const Kind &kind, const Record &match) const
+Model::Rows Model::rows(const std::string &table, const Record &match) const
 {
     Rows result;
-    if (!m_tables.contains(kind.table))
+    if (!m_tables.contains(table))
         return result;
-    for (const auto &[key, row] : m_tables.at(kind.table)) {
+    for (const auto &[key, row] : m_tables.at(table)) {
         if (isMatching(row, match))
             result.push_back(&row);
     }
     return result;
 }
 
-const Record *Model::row(const Kind &kind, const Record &match) const
+const Record *Model::row(const std::string &table, const Record &match) const
 {
-    const Rows found = rows(kind, match);
+    const Rows found = rows(table, match);
     return found.empty() ? nullptr : found.front();
 }
 
@@ -531,17 +476,18 @@ Outcome Model::handOut(const Kind &kind, const Rows &rows, bool isOrdered) const
     std::vector<std::string> records;
     for (const Record *row : rows)
         records.push_back(json(view(kind, *row)));
-    return rows.empty() ? Outcome{8, {}} : Outcome{0, text(records, isOrdered)};
+    return rows.empty() ? Outcome{8} : Outcome{0, textOf(records, isOrdered)};
 }
 
-Model::Rows Model::eventsOfKnownDevices(const std::function<bool(const Record &)> &isWanted) const
+/// The events that are wanted and whose device is in the cache.
+Outcome Model::handOutEvents(const Kind &kind, const std::function<bool(const Record &)> &isWanted,
+                             bool isOrdered) const
 {
-    Rows found = rows(kindOf<client::api::Event>(), {});
+    Rows found = rows(kind.table, {});
     std::erase_if(found, [&](const Record *event) {
-        return !isWanted(*event) || !event->contains("device") ||
-               !row(kindOf<client::api::Device>(), {{"id", event->at("device")}});
+        return !isWanted(*event) || !row("Devices", {{"id", valueIn(event, "device")}});
     });
-    return found;
+    return handOut(kind, found, isOrdered);
 }
 
 } // namespace model

@@ -4,9 +4,7 @@
 
 #include <functional>
 #include <map>
-#include <optional>
-#include <set>
-#include <string>
+#include <memory>
 #include <variant>
 #include <vector>
 
@@ -25,61 +23,47 @@ struct Value : std::variant<std::monostate, bool, double, std::string, List, Rec
 
 std::string json(const Value &value);
 
-enum class Type { Text, Unsigned, Signed, Byte, Flag, Wide, Real, Nested, Attached, Children, Numbers, Joined, Lent };
-
-/// How a field departs from the others of its type.
-enum class Oddity {
-    None,
-    NoFilter,        ///< Other than any stored field it is refused as a filter.
-    IdentifierAlone, ///< A record that is not cached is handed out with its identifier.
-    WholeInRequest,  ///< The nested record is stored with the record.
-    ReadApart        ///< Not joined: the identifier 0 names nothing, and the record is as when read alone.
-};
+enum class Type { Text, Unsigned, Signed, Byte, Flag, Wide, Real, Nested, Items, Count };
 
 struct Kind;
 
 /// A member of a structure and what is behind it.
 struct Field {
-    std::string key; ///< As in requests; upper case if it is never part of one.
+    std::string key; ///< As in requests; in upper case if it is never part of one.
+    std::string by;  ///< The field with the identifier of the nested record.
     Type type;
-    std::function<Value(const void *)> dump = {};
-    const Kind *other = nullptr;
-    std::string by = {}; ///< The field with the identifier of the record that is looked up.
-    Oddity oddity = Oddity::None;
+    const Kind *other = nullptr; ///< What is nested, or listed.
+
+    [[nodiscard]] bool isInRequest() const { return key[0] >= 'a'; }
+    /// Other nested records are named by their identifiers.
+    [[nodiscard]] bool isObjectInRequest() const { return key == "contact" || key == "location"; }
 };
 
 /// A kind of record: how it is named in requests, stored and looked up.
 struct Kind {
     std::string table;
-    std::string id = "id";
-    std::string alternative = {};
-    std::vector<std::string> deleteKeys = {};
-    std::vector<std::string> parents = {}; ///< A number is unique within the first of them.
-    std::string asParent = {};             ///< What its parts call it.
-    bool needsJoinedRows = false;          ///< Then nothing of a nested record is known but what is cached.
-    std::vector<Field> fields = {};
+    std::string id;
+    std::string alternative; ///< Another key of the identifier.
+    std::vector<std::string> deleteKeys;
+    std::vector<std::string> parents; ///< The identifier is unique within the first of them.
+    std::vector<Field> fields;
 };
-
-template <class Api>
-const Kind &kindOf();
 
 enum class Verb {
     Add,
     AddOne,
-    AddEvents,
+    Update,
+    Delete,
+    RemoveFlag,
+    SetServer,
     Get,
     All,
     Filter,
-    Update,
-    UpdateVersion,
-    Delete,
     Range,
     Affects,
-    RemoveFlag,
-    NameAndAddress,
-    Prune,
-    SetServer,
+    Fields, //
     GetServer,
+    Prune,
     ClearExceptEvents,
     ClearAll,
     Relaunch
@@ -88,7 +72,7 @@ enum class Verb {
 /// What came of a call: its code, and what was handed out, as text.
 struct Outcome {
     unsigned code = TARNEL_SUCCESS;
-    std::string content;
+    std::string content = {};
     bool operator==(const Outcome &) const = default;
 };
 
@@ -98,11 +82,9 @@ struct Operation;
 struct Call {
     const Operation *operation = nullptr;
     std::vector<unsigned> ids = {};
-    std::string text = {}; ///< The request, or what else the call takes as text.
-    Value request = {};    ///< The same, parsed; nothing if it is no JSON.
-    std::string field = {};
-    std::string value = {};
-    bool isOccupied = false; ///< The output pointer points to something on entry.
+    std::vector<std::string> texts = {}; ///< The request, or what else the call takes as texts.
+    Value request = {};                  ///< The first text, parsed; nothing if it is no JSON.
+    bool isOccupied = false;             ///< The output pointer points to something on entry.
 };
 
 /// One of the library's functions.
@@ -111,14 +93,15 @@ struct Operation {
     Verb verb;
     const Kind *kind;
     std::size_t idCount;
+    bool isGiving; ///< Takes an output pointer.
     std::function<Outcome(const Call &)> run;
 };
 
 /// All functions of the library that touch its records; `cache` is the one that a relaunch exits and replaces.
-std::vector<Operation> operations(std::optional<client::RunningCache> &cache);
+std::vector<Operation> operations(std::unique_ptr<client::RunningCache> &cache);
 
-/// Records as texts, in no order, or in theirs where the library promises one.
-std::string text(std::vector<std::string> records, bool isOrdered);
+/// Records as one text, in no order, or in theirs where the library promises it.
+std::string textOf(std::vector<std::string> records, bool isOrdered);
 
 /// The contract in memory.
 class Model
@@ -130,21 +113,21 @@ private:
     using Key = std::vector<double>;
     using Rows = std::vector<const Record *>;
 
-    Outcome add(const Call &call);
-    Outcome update(const Kind &kind, const Record &content, bool isVersionAlone);
+    Outcome carryOut(const Call &call);
+    Outcome add(const Call &call, const Record &content);
+    Outcome update(const Kind &kind, const Record &content);
     Outcome remove(const Kind &kind, const Record &content);
-    Outcome removeFlag(const Record &content);
-    void prune(unsigned date);
-
+    Outcome removeFlag(const Kind &kind, const Record &content);
     void store(const Kind &kind, const Record &record, const Record &parents, bool isWhole);
     void erase(const std::string &table, const Record &match);
 
-    [[nodiscard]] Record view(const Kind &kind, const Record &row, bool needsJoinedRows = false) const;
+    [[nodiscard]] Record view(const Kind &kind, const Record &row, bool needsRows = false) const;
     [[nodiscard]] Value lentToEvent(const Record &event, const std::string &name) const;
-    [[nodiscard]] Rows rows(const Kind &kind, const Record &match) const;
-    [[nodiscard]] const Record *row(const Kind &kind, const Record &match) const;
+    [[nodiscard]] Rows rows(const std::string &table, const Record &match) const;
+    [[nodiscard]] const Record *row(const std::string &table, const Record &match) const;
     [[nodiscard]] Outcome handOut(const Kind &kind, const Rows &rows, bool isOrdered = false) const;
-    [[nodiscard]] Rows eventsOfKnownDevices(const std::function<bool(const Record &)> &isWanted) const;
+    [[nodiscard]] Outcome handOutEvents(const Kind &kind, const std::function<bool(const Record &)> &isWanted,
+                                        bool isOrdered = false) const;
 
     std::map<std::string, std::map<Key, Record>> m_tables;
     std::string m_server;
