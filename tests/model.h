@@ -61,7 +61,7 @@ enum class Verb {
     Filter,
     Range,
     Affects,
-    Fields, //
+    Fields,
     GetServer,
     Prune,
     ClearExceptEvents,
