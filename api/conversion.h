@@ -64,7 +64,7 @@ template <class Record>
 controller::ApiOf<Record> *toApiStruct(Record &&record)
 {
     StructureBlock<Record> block(1);
-    toApiStruct(std::move(record), block.append());
+    toApiStruct(std::forward<Record>(record), block.append());
     return block.release();
 }
 
@@ -141,7 +141,7 @@ private:
     template <class Other>
     static controller::ApiOf<Other> *toMember(Other &&other)
     {
-        return toApiStruct(std::move(other));
+        return toApiStruct(std::forward<Other>(other));
     }
 };
 

@@ -1,13 +1,18 @@
 #include "api/cache.h"
+#include "api/eventdispatcher.h"
 
 #include <QCoreApplication>
 #include <QEventLoop>
+#include <QScopeGuard>
+#include <QThread>
 #include <QTimer>
 
 #include <pthread.h>
 
 #include <atomic>
+#include <clocale>
 #include <condition_variable>
+#include <string>
 
 namespace tarnelLib::api {
 
@@ -20,6 +25,7 @@ constexpr int foldDelayMs = 1500;
 
 /// One call of `launchCache`.
 struct Launch {
+    quint64 number = 0;         ///< Tells launches apart: a later one is likely to have the same address.
     QEventLoop *loop = nullptr; ///< Set while an event loop runs, or is about to.
     bool isExitRequested = false;
 };
@@ -34,42 +40,74 @@ struct Cache {
     std::condition_variable launchChanged;
     Launch *running = nullptr; ///< The launch that has the application object and the database.
     Launch *newest = nullptr;  ///< That one, or one that waits for it to end.
-    std::unique_ptr<Controller> cacheController;
+    quint64 launchCount = 0;
+    std::unique_ptr<Controller> cacheController; ///< The running launch's.
+
+    /// The controller, for as long as its launch is not on its way out: a busy client must not hold up the exit.
+    [[nodiscard]] Controller *availableController() const
+    {
+        return running != nullptr && !running->isExitRequested ? cacheController.get() : nullptr;
+    }
 };
 
 /// Set in a process that was forked off while a cache was running: the file and the threads are the parent's.
 std::atomic<bool> isForkedOff = false;
 
-Cache &cache()
+Cache &cache();
+
+Cache *makeCache() noexcept
 {
-    static Cache *const instance = [] {
-        auto *created = new Cache;
-        ::pthread_atfork([] { cache().mutex.lock(); }, [] { cache().mutex.unlock(); },
-                         [] {
-                             isForkedOff = cache().newest != nullptr;
-                             cache().mutex.unlock();
-                         });
-        return created;
-    }();
-    return *instance;
+    ::pthread_atfork([] { cache().mutex.lock(); }, [] { cache().mutex.unlock(); },
+                     [] {
+                         isForkedOff = cache().newest != nullptr || cache().running != nullptr;
+                         // A call that found no cache may have held it, on a thread that is not here.
+                         ::new (&cache().callMutex) std::mutex;
+                         cache().mutex.unlock();
+                     });
+    return new Cache;
 }
 
-/// Takes the controller away from everybody and destroys it when the call in progress has ended.
-void destroyController()
+/// Made while the library is loaded: were it made by the first call, a fork in the middle of that would leave the child
+/// waiting for it for ever.
+Cache *const sharedCache = makeCache();
+
+Cache &cache()
+{
+    return *sharedCache;
+}
+
+/// Destroys the controller when the call in progress has ended, unless it is that of a later launch already.
+void destroyController(quint64 launchNumber)
 {
     const std::lock_guard callLock(cache().callMutex);
     std::unique_ptr<Controller> controller;
     {
         const std::lock_guard lock(cache().mutex);
-        controller = std::move(cache().cacheController);
+        if (cache().running != nullptr && cache().running->number == launchNumber)
+            controller = std::move(cache().cacheController);
     }
 }
+
+/// Makes an application object. Qt's sets the locale of the process to that of the environment, which would change how
+/// the client's own `printf` writes numbers: it is set back.
+std::unique_ptr<QCoreApplication> makeApplication(int &argumentCount)
+{
+    if (QAbstractEventDispatcher::instance() == nullptr)
+        QThread::currentThread()->setEventDispatcher(new EventDispatcher);
+    const std::string locale = std::setlocale(LC_ALL, nullptr);
+    auto app = std::make_unique<QCoreApplication>(argumentCount, nullptr);
+    if (locale != std::setlocale(LC_ALL, nullptr))
+        std::setlocale(LC_ALL, locale.c_str());
+    return app;
+}
+
+// What crosses from one thread to another does so by name: a functor would be compiled here and counted in Qt, whose
+// atomics ThreadSanitizer does not see.
 
 /// Asks the launch's event loop to end. The wish is an event of that loop, so that it is not lost before the loop runs.
 void quit(QEventLoop &loop)
 {
-    QMetaObject::invokeMethod(
-        &loop, [&loop] { loop.quit(); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(&loop, "quit", Qt::QueuedConnection);
 }
 
 /// Connects to the database and runs an event loop until an exit is asked for.
@@ -79,7 +117,7 @@ void runLaunch(Launch &launch)
     int argumentCount = 0;
     std::unique_ptr<QCoreApplication> app;
     if (QCoreApplication::instance() == nullptr)
-        app = std::make_unique<QCoreApplication>(argumentCount, nullptr);
+        app = makeApplication(argumentCount);
 
     QEventLoop loop;
     QTimer foldTimer;
@@ -92,7 +130,7 @@ void runLaunch(Launch &launch)
     });
 
     auto controller = std::make_unique<Controller>();
-    QObject::connect(&controller->database(), &controller::Database::logGrew, &foldTimer, [&] { foldTimer.start(); });
+    QObject::connect(&controller->database(), SIGNAL(logGrew()), &foldTimer, SLOT(start()));
     controller->connectToDatabase(QStringLiteral("CacheDb"));
     {
         const std::lock_guard lock(cache().mutex);
@@ -101,6 +139,15 @@ void runLaunch(Launch &launch)
         cache().cacheController = std::move(controller);
         launch.loop = &loop;
     }
+    // Also when the client has quit Qt's loops without an exit.
+    const auto withdraw = qScopeGuard([&] {
+        {
+            const std::lock_guard lock(cache().mutex);
+            launch.isExitRequested = true;
+            launch.loop = nullptr;
+        }
+        destroyController(launch.number);
+    });
     const auto start = [] {
         const std::lock_guard lock(cache().mutex);
         if (cache().cacheController)
@@ -108,11 +155,6 @@ void runLaunch(Launch &launch)
     };
     QMetaObject::invokeMethod(&loop, start, Qt::QueuedConnection);
     loop.exec();
-    {
-        const std::lock_guard lock(cache().mutex);
-        launch.loop = nullptr;
-    }
-    destroyController(); // The client may have quit Qt's loops without an exit.
 }
 
 /// Makes it the launch that runs, after an earlier one has ended. False if there is one that is not on its way out, or
@@ -122,6 +164,7 @@ bool enter(Launch &launch)
     std::unique_lock lock(cache().mutex);
     if (cache().newest != nullptr && !cache().newest->isExitRequested)
         return false;
+    launch.number = ++cache().launchCount;
     cache().newest = &launch;
     cache().launchChanged.wait(lock, [&] { return cache().running == nullptr || launch.isExitRequested; });
     if (!launch.isExitRequested) {
@@ -149,7 +192,8 @@ unsigned int askController(unsigned int withoutCache, Question &&question)
     if (isForkedOff)
         return withoutCache;
     const std::lock_guard lock(cache().mutex);
-    return cache().cacheController ? question(*cache().cacheController) : withoutCache;
+    const Controller *const controller = cache().availableController();
+    return controller != nullptr ? question(*controller) : withoutCache;
 }
 
 } // namespace
@@ -160,7 +204,7 @@ CacheAccess::CacheAccess()
         return;
     m_lock = std::unique_lock(cache().callMutex);
     const std::lock_guard lock(cache().mutex);
-    m_controller = cache().cacheController.get();
+    m_controller = cache().availableController();
 }
 
 namespace {
@@ -182,17 +226,20 @@ void stopCache() noexcept
 {
     if (isForkedOff)
         return;
+    quint64 runningNumber = 0;
     {
         const std::lock_guard lock(cache().mutex);
-        Launch *const launch = cache().newest;
-        if (launch == nullptr || launch->isExitRequested)
+        if (Launch *const launch = cache().newest; launch != nullptr && !launch->isExitRequested) {
+            launch->isExitRequested = true;
+            if (launch->loop != nullptr)
+                quit(*launch->loop);
+            cache().launchChanged.notify_all();
+        }
+        if (cache().running == nullptr)
             return;
-        launch->isExitRequested = true;
-        if (launch->loop != nullptr)
-            quit(*launch->loop);
-        cache().launchChanged.notify_all();
+        runningNumber = cache().running->number;
     }
-    destroyController();
+    destroyController(runningNumber);
 }
 
 } // namespace

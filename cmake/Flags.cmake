@@ -2,7 +2,9 @@
 add_library(tarnelFlags INTERFACE)
 target_compile_options(tarnelFlags INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror
-    $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor;-Woverloaded-virtual>)
+    $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor;-Woverloaded-virtual>
+    # Members that a designated initialiser leaves out have their defaults, on purpose.
+    $<$<COMPILE_LANGUAGE:CXX>:-Wno-missing-field-initializers>)
 if(TARNEL_SANITIZE)
     add_compile_options(-fsanitize=${TARNEL_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     add_link_options(-fsanitize=${TARNEL_SANITIZE})

@@ -102,8 +102,7 @@ public:
     [[nodiscard]] Result clearAll();
     [[nodiscard]] Result clearAllExceptEvents();
 
-public Q_SLOTS:
-    void onStart();
+    Q_SLOT void onStart();
 
 private:
     /// Runs one write of the storage, once.

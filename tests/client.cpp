@@ -7,13 +7,11 @@
 #include <locale>
 #include <stdexcept>
 
-namespace client
-{
+namespace client {
 
 namespace fs = std::filesystem;
 
-namespace
-{
+namespace {
 
 using Converter = std::wstring_convert<std::codecvt_utf8_utf16<char16_t>, char16_t>;
 
@@ -23,7 +21,9 @@ Text::Text(std::string_view utf8) : m_units(Converter().from_bytes(utf8.data(), 
 
 std::string utf8(const unsigned short *text)
 {
-    return text == nullptr ? "(null)" : Converter().to_bytes(reinterpret_cast<const char16_t *>(text));
+    // The first argument is what a text that is not Unicode is turned into.
+    return text == nullptr ? "(null)"
+                           : Converter("(not Unicode)", u"").to_bytes(reinterpret_cast<const char16_t *>(text));
 }
 
 bool waitUntil(const std::function<bool()> &condition)
@@ -55,8 +55,11 @@ TemporaryDirectory::~TemporaryDirectory()
 
 RunningCache::RunningCache() : m_thread(launchCache)
 {
-    if (!waitUntil([] { return getState() == TARNEL_STATE_RUNNING; }))
-        throw std::runtime_error("the cache does not start");
+    if (waitUntil([] { return getState() == TARNEL_STATE_RUNNING; }))
+        return;
+    exitCache();
+    m_thread.join();
+    throw std::runtime_error("the cache does not start");
 }
 
 RunningCache::~RunningCache()

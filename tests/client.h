@@ -10,8 +10,7 @@
 #include <thread>
 
 /// A client of the library, as the tests need one: everything goes through the public header.
-namespace client
-{
+namespace client {
 
 namespace api = tarnelLib::api;
 
@@ -34,7 +33,7 @@ private:
     std::u16string m_units;
 };
 
-/// A text that the library handed out, as UTF-8; "(null)" for a null pointer.
+/// A text that the library handed out, as UTF-8; "(null)" for a null pointer, "(not Unicode)" for a lone surrogate.
 std::string utf8(const unsigned short *text);
 
 /// Waits until `condition` holds; false if that takes longer than ten seconds.

@@ -3,8 +3,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tarnelLib::controller
-{
+namespace tarnelLib::controller {
 
 TEST(SqlText, tablesAreCreatedAsEveryFileHasThem)
 {

@@ -3,6 +3,7 @@
 #include "controller/entities/event.h"
 #include "controller/entities/organization.h"
 #include "controller/entities/site.h"
+#include "controller/parsing/recordreader.h"
 #include "controller/result.h"
 
 #include <array>
@@ -15,10 +16,6 @@ namespace tarnelLib::controller {
 /// `{"D": {"items": [record, ...]}}`, with at least one record.
 template <class Record>
 [[nodiscard]] Result parseAddItems(std::u16string_view text, std::vector<Record> &records);
-
-/// The identifiers of the records that enclose a record.
-template <class Record>
-using ParentIds = std::array<quint32, parentCount<Record>>;
 
 /// `{"D": record}`, where a record with parents names them beside its fields.
 template <class Record>

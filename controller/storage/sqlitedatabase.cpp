@@ -12,7 +12,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
+#include <array>
 
 namespace tarnelLib::controller {
 
@@ -24,7 +24,7 @@ constexpr std::u16string_view currentVersion = u"0.1";
 constexpr int busyTimeoutMs = 5000;
 
 /// The files that SQLite keeps beside the main file. One that outlives its main file would be taken for the next one's.
-constexpr const char *sideFiles[] = {"-wal", "-shm", "-journal"};
+constexpr std::array sideFiles = {"-wal", "-shm", "-journal"};
 
 void removeSideFiles(const QString &path)
 {
@@ -113,11 +113,18 @@ bool SQLiteDatabase::useConnection()
     m_connection = nativeConnection(m_database);
     if (m_connection == nullptr)
         return false;
+    // Waits for a lock once; each of the statements below would wait for it again.
+    if (isCircumstance(sqlite3_exec(m_connection, "SELECT 1 FROM sqlite_master LIMIT 1", nullptr, nullptr, nullptr))) {
+        m_isContentUnknown = true;
+        return false;
+    }
     // A commit is on the disk when it returns. Where the file system has no shared memory, the file keeps the rollback
     // journal, as safe and slower; and a file that is no database fails at its first read, not here.
     sqlite3_exec(m_connection, "PRAGMA journal_mode=WAL", nullptr, nullptr, nullptr);
     sqlite3_exec(m_connection, "PRAGMA synchronous=FULL", nullptr, nullptr, nullptr);
-    sqlite3_exec(m_connection, "PRAGMA cache_size=-65536", nullptr, nullptr, nullptr);
+    // 100,000 users read in random order take 1.19 times as long with SQLite's own 2 MiB, 1.10 times with 8 MiB, and no
+    // less with 64 or 128 MiB; at 800,000 users, adding in random order takes 1.24 times as long with 2 MiB.
+    sqlite3_exec(m_connection, "PRAGMA cache_size=-16384", nullptr, nullptr, nullptr);
     m_preparer.attach(m_connection);
     return true;
 }
@@ -252,6 +259,8 @@ void SQLiteDatabase::logFailure(const char *message, const Statement &statement)
 
 bool SQLiteDatabase::Transaction::begin()
 {
+    // What undoes the transaction is made first: later there may be no memory for it.
+    m_database.m_preparer.prepareRollback();
     m_isOpen = m_database.run(m_database.m_preparer.prepareBegin(), "begin transaction error");
     return m_isOpen;
 }

@@ -1,0 +1,41 @@
+#!/bin/sh
+# An installed library serves clients outside the tree: in C and C++ through CMake and pkg-config, and in Python.
+set -eu
+cmake=$1
+source=$2
+build=$3
+libdir=$4
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+"$cmake" --install "$build" --prefix "$work/prefix" >/dev/null
+# Installed files know their place by themselves.
+mv "$work/prefix" "$work/moved"
+prefix=$work/moved
+mkdir "$work/client"
+cp "$source/examples/client.c" "$source/tests/installed/"* "$work/client"
+
+"$cmake" -S "$work/client" -B "$work/build" -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
+"$cmake" --build "$work/build" >/dev/null
+
+# These say at their end whether all that they were handed out has been released.
+PKG_CONFIG_PATH=$prefix/$libdir/pkgconfig
+export PKG_CONFIG_PATH
+flags="-Wall -Wextra -Wpedantic -Wconversion -Werror -fsanitize=address -pthread"
+tarnel=$(pkg-config --cflags --libs tarnel)
+gcc -std=c11 $flags "$work/client/client.c" -o "$work/build/pkgcclient" $tarnel
+g++ -std=c++17 $flags "$work/client/cxxclient.cpp" -o "$work/build/pkgcxxclient" $tarnel
+
+export LD_LIBRARY_PATH="$prefix/$libdir"
+export LSAN_OPTIONS="suppressions=$source/tests/lsan.supp:print_suppressions=0"
+for client in cclient cxxclient pkgcclient pkgcxxclient "python3 $work/client/client.py libTarnelLib.so.0"; do
+    mkdir "$work/run"
+    cd "$work/run"
+    case $client in
+    python3*) timeout 60 $client ;;
+    *) timeout 60 "$work/build/$client" ;;
+    esac || { echo "$client has failed"; exit 1; }
+    test "$(ls)" = CacheDb
+    cd "$work"
+    rm -r run
+done

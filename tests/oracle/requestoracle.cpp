@@ -1,0 +1,217 @@
+#include "controller/parsing/requestparser.h"
+
+#include "controller/parsing/jsonobject.h"
+
+#include <algorithm>
+
+namespace tarnelLib::controller {
+
+namespace {
+
+/// Fills records from JSON objects, by their field lists. False ends a request: a field is missing that must be there,
+/// or has a value of another type; null is no value of any.
+class RecordReader
+{
+public:
+    template <class Record>
+    [[nodiscard]] static bool to(Record &record, const QJsonObject &object)
+    {
+        return std::apply([&](const auto &...field) { return (read(field, object, record) && ...); },
+                          Schema<Record>::fields);
+    }
+
+    template <class Item>
+    [[nodiscard]] static bool readItem(const QJsonValue &value, Item &item)
+    {
+        return value.isObject() && to(item, value.toObject());
+    }
+
+    [[nodiscard]] static bool readItem(const QJsonValue &value, quint32 &item) { return readValue(value, item); }
+
+private:
+    template <class Record, class Api>
+    static bool read(const Id<Record, Api> &field, const QJsonObject &object, Record &record)
+    {
+        if (field.key.empty())
+            return true; // The enclosing record gives it.
+        QJsonValue value = valueOf(object, field.key);
+        if (value.isUndefined() && !field.keys.alternativeKey.empty())
+            value = valueOf(object, field.keys.alternativeKey);
+        return readValue(value, record.*field.member);
+    }
+
+    template <class Record, class Value, class Api, class ApiMember>
+    static bool read(const Column<Record, Value, Api, ApiMember> &field, const QJsonObject &object, Record &record)
+    {
+        const QJsonValue value = valueOf(object, field.key);
+        if (value.isUndefined())
+            return true;
+        std::optional<Value> &member = record.*field.member;
+        if constexpr (std::is_same_v<Value, Text>)
+            return readValue(value, member);
+        else
+            return readValue(value, member.emplace());
+    }
+
+    template <class Record, class Other, class Api, class ApiMember>
+    static bool read(const Reference<Record, Other, Api, ApiMember> &field, const QJsonObject &object, Record &record)
+    {
+        const QJsonValue value = valueOf(object, field.key);
+        if (value.isUndefined())
+            return true;
+        Other &other = (record.*field.member).emplace();
+        return field.options.inRequest == InRequest::Whole ? readItem(value, other) : readValue(value, other.id);
+    }
+
+    template <class Record, class Other, class Api, class ApiMember>
+    static bool read(const Attached<Record, Other, Api, ApiMember> &field, const QJsonObject &object, Record &record)
+    {
+        const QJsonValue value = valueOf(object, field.key);
+        if (value.isUndefined())
+            return true;
+        Other &other = (record.*field.member).emplace();
+        other.id = record.id;
+        return readItem(value, other);
+    }
+
+    template <class Record, class Item, class Api, class ApiItem>
+    static bool read(const Children<Record, Item, Api, ApiItem> &field, const QJsonObject &object, Record &record)
+    {
+        const QJsonValue value = valueOf(object, field.key);
+        if (value.isUndefined())
+            return true;
+        if (!value.isArray())
+            return false;
+        const QJsonArray items = value.toArray();
+        (record.*field.member).reserve(static_cast<std::size_t>(items.size()));
+        return std::all_of(items.begin(), items.end(), [&](const QJsonValue &item) {
+            return readItem(item, (record.*field.member).emplace_back());
+        });
+    }
+
+    /// What is read from the tables, or given beside the record, is no part of it in a request.
+    template <class Row, class Record>
+    static bool read(const Row &, const QJsonObject &, Record &)
+    {
+        return true;
+    }
+};
+
+/// The object under "D".
+Result parseEnvelope(std::u16string_view text, QJsonObject &content)
+{
+    const std::optional<QJsonObject> request = deserializeJsonObject(text);
+    if (!request)
+        return Result::InvalidArgument;
+    const QJsonValue value = valueOf(*request, "D");
+    content = value.toObject();
+    return value.isObject() ? Result::Success : Result::InvalidRequest;
+}
+
+/// The keys under which a request by identifier names the parents and the record.
+template <class Record>
+std::array<std::string_view, parentCount<Record> + 1> identifierKeys()
+{
+    std::array<std::string_view, parentCount<Record> + 1> keys;
+    std::size_t position = 0;
+    forEachField<Record>([&](const auto &field) {
+        if constexpr (requires { field.requestKey; })
+            keys.at(position++) = field.requestKey;
+        else if constexpr (requires { field.keys; })
+            keys.at(position++) = field.keys.deleteKey;
+    });
+    return keys;
+}
+
+} // namespace
+
+template <class Record>
+Result parseAddItems(std::u16string_view text, std::vector<Record> &records)
+{
+    QJsonObject content;
+    if (const Result result = parseEnvelope(text, content); result != Result::Success)
+        return result;
+    const QJsonValue value = valueOf(content, "items");
+    if (!value.isArray())
+        return Result::InvalidRequest;
+    const QJsonArray items = value.toArray();
+    if (items.isEmpty())
+        return Result::InvalidArgument;
+    records.reserve(static_cast<std::size_t>(items.size()));
+    for (const QJsonValue item : items) {
+        if (!RecordReader::readItem(item, records.emplace_back()))
+            return Result::InvalidRequest;
+    }
+    return Result::Success;
+}
+
+template <class Record>
+Result parseAddOrUpdateItem(std::u16string_view text, std::optional<Record> &record, ParentIds<Record> &parents)
+{
+    QJsonObject content;
+    if (const Result result = parseEnvelope(text, content); result != Result::Success)
+        return result;
+    const auto keys = identifierKeys<Record>();
+    for (std::size_t i = 0; i < parents.size(); ++i) {
+        if (!readValue(valueOf(content, keys.at(i)), parents.at(i)))
+            return Result::InvalidRequest;
+    }
+    return RecordReader::to(record.emplace(), content) ? Result::Success : Result::InvalidRequest;
+}
+
+template <class Record>
+Result parseDelete(std::u16string_view text, Identifiers<Record> &identifiers)
+{
+    QJsonObject content;
+    if (const Result result = parseEnvelope(text, content); result != Result::Success)
+        return result;
+    const auto keys = identifierKeys<Record>();
+    for (std::size_t i = 0; i < keys.size(); ++i) {
+        const QJsonValue value = valueOf(content, keys.at(i));
+        if (value.isUndefined())
+            return Result::InvalidRequest;
+        identifiers.at(i) = static_cast<quint32>(truncated(value.toDouble()));
+    }
+    return Result::Success;
+}
+
+Result parseRemoveAffectEvent(std::u16string_view text, quint32 &id)
+{
+    Identifiers<Event> identifiers{};
+    const Result result = parseDelete<Event>(text, identifiers);
+    id = identifiers.front();
+    return result;
+}
+
+template Result parseAddItems(std::u16string_view, std::vector<Locale> &);
+template Result parseAddItems(std::u16string_view, std::vector<Domain> &);
+template Result parseAddItems(std::u16string_view, std::vector<User> &);
+template Result parseAddItems(std::u16string_view, std::vector<Organization> &);
+template Result parseAddItems(std::u16string_view, std::vector<Contractor> &);
+template Result parseAddItems(std::u16string_view, std::vector<Contract> &);
+template Result parseAddItems(std::u16string_view, std::vector<Device> &);
+template Result parseAddItems(std::u16string_view, std::vector<Site> &);
+template Result parseAddItems(std::u16string_view, std::vector<Event> &);
+
+template Result parseAddOrUpdateItem(std::u16string_view, std::optional<Domain> &, ParentIds<Domain> &);
+template Result parseAddOrUpdateItem(std::u16string_view, std::optional<User> &, ParentIds<User> &);
+template Result parseAddOrUpdateItem(std::u16string_view, std::optional<Organization> &, ParentIds<Organization> &);
+template Result parseAddOrUpdateItem(std::u16string_view, std::optional<Contractor> &, ParentIds<Contractor> &);
+template Result parseAddOrUpdateItem(std::u16string_view, std::optional<Contract> &, ParentIds<Contract> &);
+template Result parseAddOrUpdateItem(std::u16string_view, std::optional<Device> &, ParentIds<Device> &);
+template Result parseAddOrUpdateItem(std::u16string_view, std::optional<Section> &, ParentIds<Section> &);
+template Result parseAddOrUpdateItem(std::u16string_view, std::optional<Zone> &, ParentIds<Zone> &);
+template Result parseAddOrUpdateItem(std::u16string_view, std::optional<Site> &, ParentIds<Site> &);
+template Result parseAddOrUpdateItem(std::u16string_view, std::optional<Event> &, ParentIds<Event> &);
+
+template Result parseDelete<Domain>(std::u16string_view, Identifiers<Domain> &);
+template Result parseDelete<User>(std::u16string_view, Identifiers<User> &);
+template Result parseDelete<Organization>(std::u16string_view, Identifiers<Organization> &);
+template Result parseDelete<Contractor>(std::u16string_view, Identifiers<Contractor> &);
+template Result parseDelete<Contract>(std::u16string_view, Identifiers<Contract> &);
+template Result parseDelete<Device>(std::u16string_view, Identifiers<Device> &);
+template Result parseDelete<Section>(std::u16string_view, Identifiers<Section> &);
+template Result parseDelete<Zone>(std::u16string_view, Identifiers<Zone> &);
+template Result parseDelete<Site>(std::u16string_view, Identifiers<Site> &);
+
+} // namespace tarnelLib::controller
