@@ -126,7 +126,7 @@ private:
         return field.key.empty() || (m_found & alternativeBit) != 0;
     }
 
-    bool take(const ParentKey &, bool isFound) const { return m_parents == nullptr || isFound; }
+    [[nodiscard]] bool take(const ParentKey &, bool isFound) const { return m_parents == nullptr || isFound; }
 
     template <class Other, class Api, class ApiMember>
     bool take(const Attached<Record, Other, Api, ApiMember> &field, bool isFound)
@@ -136,8 +136,9 @@ private:
         return true;
     }
 
+    /// Constant, as the one for parents: otherwise this one would be the better match for them.
     template <class Row>
-    bool take(const Row &, bool)
+    [[nodiscard]] bool take(const Row &, bool) const
     {
         return true;
     }
