@@ -353,8 +353,7 @@ class Generator:
         kinds = ["Device" if function.kind in ("Section", "Zone", "Event") else function.kind
                  for function in self.functions]
         chosen = self.choices(kinds, k=self.pick([2, 4, 50]))
-        weights = [self.WEIGHTS.get(function.family, 3) * (kind in chosen)
-                   for function, kind in zip(self.functions, kinds)]
+        weights = [self.WEIGHTS.get(each.family, 3) * (kind in chosen) for each, kind in zip(self.functions, kinds)]
         calls = [self.call(function) for function in self.choices(self.functions, weights, k=60)]
         # What no call of the program may have asked about.
         for function in self.functions:
