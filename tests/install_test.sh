@@ -13,7 +13,7 @@ trap 'rm -rf "$work"' EXIT
 mv "$work/prefix" "$work/moved"
 prefix=$work/moved
 mkdir "$work/client"
-cp "$source/examples/client.c" "$source/tests/installed/"* "$work/client"
+cp "$source/examples/client.c" "$source/tests/bindings.py" "$source/tests/installed/"* "$work/client"
 
 "$cmake" -S "$work/client" -B "$work/build" -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
 "$cmake" --build "$work/build" >/dev/null
@@ -27,8 +27,9 @@ gcc -std=c11 $flags "$work/client/client.c" -o "$work/build/pkgcclient" $tarnel
 g++ -std=c++17 $flags "$work/client/cxxclient.cpp" -o "$work/build/pkgcxxclient" $tarnel
 
 export LD_LIBRARY_PATH="$prefix/$libdir"
+header=$prefix/include/tarnel/tarnel.h
 export LSAN_OPTIONS="suppressions=$source/tests/lsan.supp:print_suppressions=0"
-for client in cclient cxxclient pkgcclient pkgcxxclient "python3 $work/client/client.py libTarnelLib.so.0"; do
+for client in cclient cxxclient pkgcclient pkgcxxclient "python3 $work/client/client.py libTarnelLib.so.0 $header"; do
     mkdir "$work/run"
     cd "$work/run"
     case $client in

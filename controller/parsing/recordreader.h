@@ -136,9 +136,9 @@ private:
         return true;
     }
 
-    /// Static, so that overloads which are const come first all the same.
+    /// Constant, as the one for parents: otherwise this one would be the better match for them.
     template <class Row>
-    static bool take(const Row &, bool)
+    [[nodiscard]] bool take(const Row &, bool) const
     {
         return true;
     }

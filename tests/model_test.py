@@ -1,0 +1,400 @@
+"""Random programs of calls to the library, each call compared with a small model of what the library promises.
+
+model_test.py LIBRARY HEADER; TARNEL_MODEL_PROGRAMS and TARNEL_MODEL_SEED may set how many, and the seed of the first.
+"""
+
+import ctypes
+import json
+import os
+import random
+import re
+import sys
+import tempfile
+from collections import defaultdict
+from typing import Any, NamedTuple
+
+from bindings import Function, Library, Member
+
+PARENTS = {"Section": ["device"], "DeviceUser": ["device"], "Zone": ["device", "section"]}
+ALTERNATIVE_ID = {"Section": "section", "Zone": "zone"}
+DELETE_KEYS = {"Domain": ["domain_id"], "User": ["op_id"], "Organization": ["org_id"], "Site": ["site_id"],
+               "Section": ["device", "section"], "Zone": ["device", "section", "zone"]}
+# Nested records that a record names by another of its members.
+NAMED_BY = {"domain": "domain", "contract": "contract_id", "location": "id"}
+# Nested records that are objects in requests; the others are named by their identifiers.
+OBJECTS = ("contact", "location")
+
+
+class Call(NamedTuple):
+    """A call with its texts and numbers, and which of its output pointers is occupied, if any."""
+    function: Function
+    arguments: list
+    occupied: int | None = None
+
+    def __str__(self) -> str:
+        occupied = "" if self.occupied is None else f" with output pointer {self.occupied} occupied"
+        return f"  {self.function.name}({', '.join(map(str, self.arguments))}){occupied}"
+
+
+class Refusal(Exception):
+    """Ends a call of the model with a code."""
+
+
+def refuse(code: int) -> Any:
+    raise Refusal(code)
+
+
+def typed(wanted: type, value: Any) -> Any:
+    """A value of a request, which is refused if it has another type or is not there."""
+    return value if type(value) is wanted or (wanted is float and type(value) is int) else refuse(5)
+
+
+def unsigned(value: Any) -> int:
+    """A number as it is stored: cut to a whole one, and then to its low 32 bits."""
+    return int(typed(float, value)) & 0xFFFFFFFF
+
+
+def whole(value: Any) -> int:
+    """A number as it is stored where any that is not a whole one within 32 bits becomes 0."""
+    number = typed(float, value)
+    return int(number) if number == int(number) and -(1 << 31) <= number < 1 << 31 else 0
+
+
+# How the values of requests are stored; of both booleans the integer reading makes 0.
+READERS = {ctypes.c_ushort: lambda value: typed(str, value), ctypes.c_int: whole,
+           ctypes.c_bool: lambda value: not isinstance(value, bool) and whole(value) != 0,
+           ctypes.c_ubyte: lambda value: whole(value) & 0xFF, ctypes.c_double: lambda value: typed(float, value),
+           ctypes.c_ulonglong: lambda value: int(typed(float, value))}
+
+
+class Model:
+    """The promise in memory: rows in dictionaries by their keys in requests, joins by looking them up."""
+
+    def __init__(self, members: dict[str, list[Member]]):
+        self.members = members
+        self.tables: dict[str, dict[tuple, dict]] = defaultdict(dict)
+        self.server = ""
+
+    def call(self, call: Call) -> tuple[int, list]:
+        """The code of a call, and what each of its output pointers receives."""
+        if call.occupied is not None and call.function.name != "removeAffectFlag":
+            return 10, []
+        try:
+            return 0, self.carry_out(call.function.family, call.function.kind, *call.arguments)
+        except Refusal as refusal:
+            return refusal.args[0], []
+
+    def carry_out(self, family: str, kind: str, *arguments: Any) -> list:
+        """Does what a function does, and returns what it hands out."""
+        rows = self.rows(kind, **dict(zip(PARENTS.get(kind, []), [each for each in arguments if type(each) is int])))
+        match family, *arguments:
+            case ("add" | "adds" | "update" | "delete" | "removeAffectFlag"), text:
+                try:
+                    request = json.loads(text)
+                except ValueError:
+                    request = None
+                request = request if isinstance(request, dict) else refuse(10)
+                return getattr(self, family)(kind, typed(dict, request.get("D"))) or []
+            case "get", *numbers:
+                return [self.view(kind, self.found(kind, *numbers))]
+            case "gets", *_:
+                return self.hand_out(kind, rows)
+            case "filter", key, text, *_:
+                members = [member for member in self.members[kind] if key == member.key != "" and not member.is_list]
+                member = members[0] if members and key not in ("location", "cluster_id") else refuse(10)
+                is_number = member.type is not ctypes.c_ushort and re.fullmatch(r"-?\d[\d.e+]*", text)
+                name, value = "id" if member.name == "id" else key, float(text) if is_number else text
+                return self.hand_out(kind, [row for row in rows if row.get(name) == value])
+            case "getSiteNameAndAddress", number:
+                site = self.found(kind, number)
+                return [site.get("name"), site.get("address_text")]
+            case "getEvents", first, last:
+                return self.hand_out(kind, [row for row in rows if first <= row.get("time", -1) <= last])
+            case ["getAffectEvents"]:
+                return self.hand_out(kind, [row for row in rows if row.get("affect")])
+            case "clearEventsBeforeDateExceptAffects", date:
+                for event in rows:
+                    if event.get("affect") is False and event.get("time", date + 1) <= date:
+                        self.erase("Event", id=event["id"])
+            case ["clearAll" | "clearAllExceptEvents"]:
+                self.tables = defaultdict(dict, Event={} if family == "clearAll" else self.tables["Event"])
+            case "setServerIp", text:
+                self.server = text
+            case ["getServerIp"]:
+                return [self.server or None]
+            case ["relaunch"]:  # What is stored is kept; in between there is no cache, and a call says so.
+                return [0, 255, 255]
+        return []
+
+    def parsed(self, kind: str, content: dict) -> dict:
+        """A record of a request as it is stored. A location is given its identifier by its site."""
+        record: dict[str, Any] = {}
+        if key := self.members[kind][0].key:
+            record["id"] = unsigned(content.get(key if key in content else ALTERNATIVE_ID.get(kind)))
+        for member in self.members[kind][1:]:
+            if member.key in content:
+                items = typed(list, content[member.key]) if member.is_list else [content[member.key]]
+                if member.key in OBJECTS or member.is_list and member.type is not ctypes.c_uint:
+                    items = [self.parsed(member.type.__name__, typed(dict, item)) for item in items]
+                else:
+                    items = [READERS.get(member.type, unsigned)(item) for item in items]
+                record[member.key] = items if member.is_list else items[0]
+        return record
+
+    def rows(self, table: str, **match: Any) -> list[dict]:
+        """The rows with these values, in the order of their keys."""
+        return [row for _, row in sorted(self.tables[table].items()) if row.items() >= match.items()]
+
+    def row(self, table: str, **match: Any) -> dict:
+        """The row with these values; an empty one if there is none."""
+        return next(iter(self.rows(table, **match)), {})
+
+    def found(self, kind: str, *ids: int) -> dict:
+        """The row that these identifiers name."""
+        return self.row(kind, **dict(zip([*PARENTS.get(kind, []), "id"], ids))) or refuse(8)
+
+    def pointed_at(self, kind: str, content: dict) -> dict:
+        """The row that a request names; any identifier that is no number is 0."""
+        values = [content[key] if key in content else refuse(5) for key in DELETE_KEYS.get(kind, ["id"])]
+        return self.found(kind, *[unsigned(value) if type(value) in (int, float) else 0 for value in values])
+
+    def erase(self, table: str, **match: Any) -> None:
+        self.tables[table] = {key: row for key, row in self.tables[table].items() if not row.items() >= match.items()}
+
+    def store(self, kind: str, record: dict, is_whole: bool = True, **parents: int) -> None:
+        """Stores a record in its row: in place of what is there, or only the fields that it has."""
+        key = (*list(parents.values())[:1], record["id"])  # A zone is unique in its device, whatever its section.
+        row = self.tables[kind][key] = {} if is_whole else self.tables[kind].get(key, {})
+        row.update(parents, **{key: value for key, value in record.items() if not isinstance(value, (dict, list))})
+        if "contact" in record:
+            self.store("Person", record["contact"])
+            row["contact"] = record["contact"]["id"]
+        if "location" in record:
+            self.store("Location", {**record["location"], "id": record["id"]})
+        for member in self.members[kind]:
+            for item in record.get(member.key, []) if member.is_list and is_whole else []:
+                if kind == "DeviceUser":
+                    self.tables["Link"][*key, item] = {"device": key[0], "user": key[1], "section": item}
+                else:
+                    self.store(member.type.__name__, item, **self.as_parent(kind, row))
+
+    @staticmethod
+    def as_parent(kind: str, row: dict) -> dict[str, int]:
+        """What names the parts of a device or of a section; no other kind has parts that are its own."""
+        device = {"device": row["id"]} if kind == "Device" else {}
+        return {"device": row["device"], "section": row["id"]} if kind == "Section" else device
+
+    def view(self, kind: str, row: dict, is_joined: bool = False) -> dict:
+        """A row as it is handed out. A domain that is joined has no locale if that is not in the cache."""
+        is_joined = is_joined or kind in ("Organization", "Contract", "Device", "Site")
+        parent = self.as_parent(kind, row)
+        record = {}
+        for member in self.members[kind]:
+            other = member.type.__name__
+            value = row.get("id" if member.name == "id" else member.key)
+            if kind == "DeviceUser" and member.is_list:
+                links = self.rows("Link", device=row["device"], user=row["id"])
+                value = [link["section"] for link in links] or None
+            elif member.is_list:
+                value = [self.view(other, part) for part in self.rows(other, **parent) if parent] or None
+            elif other in self.members:
+                value = self.nested(other, row.get(NAMED_BY.get(member.name, member.key)), is_joined, kind == "Site")
+            elif kind == "Event" and not member.key:
+                value = self.lent(row, member.name)
+            record[member.name] = value
+        return record
+
+    def nested(self, kind: str, number: int | None, is_joined: bool, is_of_site: bool) -> dict | None:
+        """The record that a row names."""
+        row = self.row(kind, id=number)
+        if kind == "Domain" and is_of_site:  # Not joined: 0 names none, and it is as when it is read alone.
+            return self.view(kind, row) if row and number != 0 else None
+        if kind == "Locale" and not row and number is not None and not is_joined:
+            row = {"id": number}
+        return self.view(kind, row, is_joined) if row else None
+
+    def lent(self, event: dict, name: str) -> Any:
+        """What an event is given by its device, section, zone and operator."""
+        device, section = event.get("device"), event.get("section")
+        domain = self.row("User", id=event.get("operator_id")).get("domain")
+        return {"deviceAccount": self.row("Device", id=device).get("account"),
+                "sectionName": self.row("Section", device=device, id=section).get("name"),
+                "zoneName": self.row("Zone", device=device, section=section, id=event.get("zone")).get("name"),
+                "domainName": self.row("Domain", id=domain).get("name")}[name]
+
+    def hand_out(self, kind: str, rows: list[dict]) -> list:
+        """Rows in one list; of events only those whose device is in the cache."""
+        if kind == "Event":
+            rows = [row for row in rows if self.row("Device", id=row.get("device"))]
+        return [[self.view(kind, row) for row in rows or refuse(8)]]
+
+    def add(self, kind: str, content: dict) -> list:
+        record = self.parsed(kind, content)
+        self.store(kind, record)
+        return [self.view(kind, self.found(kind, record["id"]))]
+
+    def adds(self, kind: str, content: dict) -> list | None:
+        items = typed(list, content.get("items"))
+        records = [self.parsed(kind, typed(dict, item)) for item in items] or refuse(10)
+        for record in records:
+            self.store(kind, record)
+        ids = [record["id"] for record in records]
+        return self.hand_out(kind, [row for row in self.rows(kind) if row["id"] in ids]) if kind == "Event" else None
+
+    def update(self, kind: str, content: dict) -> list:
+        parents = {key: unsigned(content.get(key)) for key in PARENTS.get(kind, [])}
+        record = self.parsed(kind, content)
+        if kind == "Device":  # Nothing but the version, which none empties.
+            self.found(kind, record["id"]).pop("config_version", None)
+            record = {key: record[key] for key in ("id", "config_version") if key in record}
+        self.store(kind, record, False, **parents)
+        has_section = kind != "Zone" or self.row("Section", device=parents["device"], id=parents["section"])
+        if not has_section or parents and not self.row("Device", id=parents["device"]):
+            refuse(11)
+        return [self.view(kind, self.found(kind, *parents.values(), record["id"]))]
+
+    def delete(self, kind: str, content: dict) -> None:
+        row = self.pointed_at(kind, content)
+        if kind == "Organization":
+            self.erase("Person", id=row.get("contact"))
+        elif kind == "Site":
+            self.erase("Location", id=row["id"])
+        elif parent := self.as_parent(kind, row):
+            for part in ("Section", "Zone", "DeviceUser", "Link"):
+                self.erase(part, **parent)
+        self.erase(kind, **row)
+
+    def removeAffectFlag(self, kind: str, content: dict) -> list:
+        event = self.pointed_at(kind, content)
+        event["affect"] = False
+        return [self.view(kind, event)]
+
+
+class Generator:
+    """Makes programs. The identifiers are few, so that records meet, replace each other and name missing ones."""
+
+    TEXTS = 3 * ["", "a", "A"] + ["5", "Объект №1", "東京", "😀", 'naïve "quoted"', "back\\slash\nline", "x' OR 1=1 --",
+                                  "null", "y" * 300]
+    BOUNDS = [-1, 1.9, 255, 256, 300, 65535, 2147483647, 2147483648, 4294967295, 4294967296, 1e15, -2147483648]
+    REALS = [-0.5, 55.751244, 1e-7, -179.99999999999997, 90]
+    DAMAGES = [None, True, 7, "7", [], {}, [7], {"id": 1}]
+    WEIGHTS = {"add": 8, "adds": 8, "update": 5, "delete": 5, "clearAll": 1, "clearAllExceptEvents": 1, "relaunch": 1}
+
+    def __init__(self, seed: int, library: Library):
+        source = random.Random(seed)
+        self.pick, self.below, self.choices = source.choice, source.randrange, source.choices
+        self.members, self.functions = library.members, library.functions()
+
+    def one_in(self, count: int) -> bool:
+        return self.below(count) == 0
+
+    def number(self, kind: Any = ctypes.c_uint, oddity: int = 30) -> int | float:
+        """Most often 0 to 2, the less the likelier. Identifiers are odd more rarely than other numbers."""
+        if kind is ctypes.c_double:
+            return self.pick(self.REALS)
+        number = self.pick(self.BOUNDS) if self.one_in(oddity) else min(self.below(3), self.below(3))
+        return 1 << 53 if kind is ctypes.c_ulonglong and number < 0 else number
+
+    def value(self, member: Member) -> Any:
+        """A value of a field, or one of the items of a list."""
+        if member.type is ctypes.c_ushort:
+            return self.pick(self.TEXTS)
+        if member.type is ctypes.c_bool and self.one_in(4):
+            return self.one_in(2)
+        is_object = member.type.__name__ in self.members and (member.is_list or member.key in OBJECTS)
+        return self.record(member.type.__name__) if is_object else self.number(member.type, 8)
+
+    def record(self, kind: str) -> dict:
+        """A record with its identifier and about half of its fields."""
+        key = self.members[kind][0].key or "id"
+        record = {ALTERNATIVE_ID.get(kind, key) if self.one_in(8) else key: self.number()}
+        for member in self.members[kind][1:]:
+            if member.key and self.one_in(2):
+                items = [self.value(member) for _ in range(self.below(4))]
+                record[member.key] = items if member.is_list else self.value(member)
+        return record
+
+    def damaged(self, value: Any) -> Any:
+        """Something else in the place of some part of a request, or a member taken out."""
+        if not isinstance(value, (dict, list)) or not value or self.one_in(6):
+            return self.pick(self.DAMAGES)
+        place = self.pick(list(value) if isinstance(value, dict) else range(len(value)))
+        if isinstance(value, dict) and self.one_in(6):
+            return {key: item for key, item in value.items() if key != place}
+        value[place] = self.damaged(value[place])
+        return value
+
+    def request(self, function: Function) -> str:
+        if function.family == "adds":
+            content = {"items": [self.record(function.kind) for _ in range(1 + self.below(3))]}
+        elif function.family in ("add", "update"):
+            content = self.record(function.kind) | {key: self.number() for key in PARENTS.get(function.kind, [])}
+        else:
+            content = {key: self.number() for key in DELETE_KEYS.get(function.kind, ["id"])}
+        request = self.damaged({"D": content}) if self.one_in(12) else {"D": content}
+        text = json.dumps(request, ensure_ascii=self.one_in(2))
+        return text[:-1] if self.one_in(100) else text
+
+    def call(self, function: Function) -> Call:
+        texts = []
+        if function.family == "filter":
+            member = self.pick(self.members[function.kind])
+            key = self.pick(["", "Name", "device", "nothing"]) if self.one_in(10) else member.key
+            is_text = (member.type is ctypes.c_ushort) != self.one_in(4)
+            texts = [key, self.pick(self.TEXTS) if is_text else json.dumps(self.number(ctypes.c_int, 8))]
+        elif "text" in function.roles:
+            texts = [self.pick(self.TEXTS) if function.name == "setServerIp" else self.request(function)]
+        numbers = [0xFFFFFFFF if self.one_in(20) else self.below(3) for role in function.roles if role == "number"]
+        outs = function.roles.count("out")
+        return Call(function, texts + numbers, self.below(outs) if outs and self.one_in(40) else None)
+
+    def program(self) -> list[Call]:
+        """Most programs dwell on some kinds of record, which thus fill up; the others see all of them together."""
+        kinds = ["Device" if function.kind in ("Section", "Zone", "Event") else function.kind
+                 for function in self.functions]
+        chosen = self.choices(kinds, k=self.pick([2, 4, 50]))
+        weights = [self.WEIGHTS.get(each.family, 3) * (kind in chosen) for each, kind in zip(self.functions, kinds)]
+        calls = [self.call(function) for function in self.choices(self.functions, weights, k=60)]
+        # What no call of the program may have asked about.
+        for function in self.functions:
+            for number in range(3):
+                if function.name == "removeAffectFlag":
+                    calls.append(Call(function, [json.dumps({"D": {"id": number}})]))
+                elif function.family == "gets" and function.roles.count("number") < 2:
+                    calls.append(Call(function, [number] * function.roles.count("number")))
+        return calls
+
+
+def difference(library: Library, program: list[Call]) -> tuple | None:
+    """What the model and the library do where they differ first, on a cache without records."""
+    library.call("clearAll")
+    library.call("setServerIp", "")
+    model = Model(library.members)
+    for call in program:
+        expected = model.call(call)
+        code, contents = library.call(call.function.name, *call.arguments, occupied=call.occupied)
+        if code == 0 and "count" in call.function.roles and call.function.name != "addEvents":
+            contents[0].sort(key=lambda record: record["id"])  # They come in no particular order.
+        if (code, contents) != expected:
+            return expected, (code, contents)
+    return None
+
+
+library = Library(*map(os.path.abspath, sys.argv[1:]))
+# In memory where that can be had: nothing here is about a disk.
+with tempfile.TemporaryDirectory(dir="/dev/shm" if os.path.isdir("/dev/shm") else None) as directory:
+    os.chdir(directory)
+    library.launch()
+    first = int(os.environ.get("TARNEL_MODEL_SEED", 1))
+    for seed in range(first, first + int(os.environ.get("TARNEL_MODEL_PROGRAMS", 300))):
+        print(f"seed {seed}", end="\r", flush=True)  # Thus known even after a crash.
+        program = Generator(seed, library).program()
+        if found := difference(library, program):
+            for position in reversed(range(len(program))):  # Drops each call without which it still fails.
+                shorter = program[:position] + program[position + 1:]
+                if again := difference(library, shorter):
+                    program, found = shorter, again
+            print(f"seed {seed}", *program, f"expected {found[0]}", f"     got {found[1]}", sep="\n")
+            break
+    library.exit()
+sys.exit(found is not None)
