@@ -23,10 +23,10 @@ void breakTable(const std::string &breakage)
 {
     const std::string verb = breakage.substr(0, breakage.find(' '));
     const std::string table = breakage.substr(verb.size() + 1);
-    ask(verb == "ALTER"  ? breakage
-        : verb == "drop" ? "DROP TABLE " + table
-                       : "CREATE TRIGGER refusal BEFORE " + verb + " ON " + table +
-                             " BEGIN SELECT RAISE(ABORT, 'отказ'); END");
+    ask(verb == "ALTER" ? breakage
+        : verb == "drop"
+            ? "DROP TABLE " + table
+            : "CREATE TRIGGER refusal BEFORE " + verb + " ON " + table + " BEGIN SELECT RAISE(ABORT, 'отказ'); END");
 }
 
 /// What a call writes to the log after a table was made to fail.
@@ -189,13 +189,24 @@ Lines linesOfRefusedLaunch(int action, const std::string &table)
 TEST(Failures, everyTableThatCannotBeCreatedHasItsMessage)
 {
     const std::string text = "not authorized Unable to execute statement";
-    for (const auto &[table, name] : std::vector<std::pair<std::string, std::string>>{
-             {"Users", "users"},         {"Domains", "domains"},         {"Organizations", "orgs"},
-             {"Locales", "locales"},     {"Persons", "persons"},         {"Contractors", "contractors"},
-             {"Contracts", "contracts"}, {"Zones", "zones"},             {"Sections", "sections"},
-             {"Devices", "devices"},     {"Locations", "locations"},     {"Sites", "sites"},
-             {"Events", "events"},       {"DeviceUsers", "device users"}, {"Session", "session"},
-             {"Version", "version"},     {"DeviceUserSectionLinks", "DeviceUserSectionLinks"}})
+    for (const auto &[table, name] :
+         std::vector<std::pair<std::string, std::string>>{{"Users", "users"},
+                                                          {"Domains", "domains"},
+                                                          {"Organizations", "orgs"},
+                                                          {"Locales", "locales"},
+                                                          {"Persons", "persons"},
+                                                          {"Contractors", "contractors"},
+                                                          {"Contracts", "contracts"},
+                                                          {"Zones", "zones"},
+                                                          {"Sections", "sections"},
+                                                          {"Devices", "devices"},
+                                                          {"Locations", "locations"},
+                                                          {"Sites", "sites"},
+                                                          {"Events", "events"},
+                                                          {"DeviceUsers", "device users"},
+                                                          {"Session", "session"},
+                                                          {"Version", "version"},
+                                                          {"DeviceUserSectionLinks", "DeviceUserSectionLinks"}})
         EXPECT_EQ(linesOfRefusedLaunch(SQLITE_CREATE_TABLE, table),
                   (Lines{"execute error", text, "create table " + name + " error", text}));
 }

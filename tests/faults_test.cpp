@@ -110,7 +110,8 @@ void expectEveryFailureIs(const std::string &code, Faults &faults, const Export 
         const bool isStored = code == "3" && !function.isRead() && function.has(Parameter::Kind::StructureOut);
         const auto kept = [isStored] { return isStored ? decltype(content())() : content(); };
         for (int request = 1;; ++request) {
-            SCOPED_TRACE(function.name + ", request " + std::to_string(request) + (isLasting ? " and all after it" : ""));
+            SCOPED_TRACE(function.name + ", request " + std::to_string(request) +
+                         (isLasting ? " and all after it" : ""));
             const auto before = kept();
             faults = {request, isLasting, false};
             const std::string answer = function.callWith(1);

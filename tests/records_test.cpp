@@ -109,24 +109,23 @@ TEST(Records, comeBackAsTheyWentInAfterANewLaunch)
     EXPECT_EQ(call("getSection", {1, 5}), "0 " + section);
     EXPECT_EQ(call("getZone", {1, 5, 6}), "0 " + zone);
     EXPECT_EQ(call("getSiteNameAndAddress", {1}), "0 a d");
-    const std::map<std::string, std::string> expected{
-        {"Users", "1|Ωμέγα|o|𝄞|1|1|9|9007199254740992|4294967295.0\n"},
-        {"Domains", "1|北京|4294967295|1\n"},
-        {"Organizations", "1|a|b|c|d|e|2|1|f\n"},
-        {"Locales", "1|ru|русский\n"},
-        {"Persons", "2|g|h|i|j\n"},
-        {"Contractors", "1|007|2|3|a|b|c\n"},
-        {"Contracts", "1|a|1|b|2|3|c|d|1\n"},
-        {"Zones", "1|5|6|b|1|2|3|4|5|6|7|8|9\n"},
-        {"Sections", "1|5|a|1|2|3|4|5|6|7|8|9\n"},
-        {"Devices", "1|2|1|3|1|4\n"},
-        {"Locations", "1|59.5|-24.25\n"},
-        {"Sites", "1|a|b|c|1|1|d|1|-2|3|4|5|1|0\n"},
-        {"DeviceUsers", "1|7|c|d|e\n"},
-        {"Events", "1|2|1|5|6|250|3|4|5|6|-7|a|8|9|1|0|1|b\n"},
-        {"DeviceUserSectionLinks", "1|7|5\n1|7|8\n"},
-        {"Session", ""},
-        {"Version", "0|0.1\n"}};
+    const std::map<std::string, std::string> expected{{"Users", "1|Ωμέγα|o|𝄞|1|1|9|9007199254740992|4294967295.0\n"},
+                                                      {"Domains", "1|北京|4294967295|1\n"},
+                                                      {"Organizations", "1|a|b|c|d|e|2|1|f\n"},
+                                                      {"Locales", "1|ru|русский\n"},
+                                                      {"Persons", "2|g|h|i|j\n"},
+                                                      {"Contractors", "1|007|2|3|a|b|c\n"},
+                                                      {"Contracts", "1|a|1|b|2|3|c|d|1\n"},
+                                                      {"Zones", "1|5|6|b|1|2|3|4|5|6|7|8|9\n"},
+                                                      {"Sections", "1|5|a|1|2|3|4|5|6|7|8|9\n"},
+                                                      {"Devices", "1|2|1|3|1|4\n"},
+                                                      {"Locations", "1|59.5|-24.25\n"},
+                                                      {"Sites", "1|a|b|c|1|1|d|1|-2|3|4|5|1|0\n"},
+                                                      {"DeviceUsers", "1|7|c|d|e\n"},
+                                                      {"Events", "1|2|1|5|6|250|3|4|5|6|-7|a|8|9|1|0|1|b\n"},
+                                                      {"DeviceUserSectionLinks", "1|7|5\n1|7|8\n"},
+                                                      {"Session", ""},
+                                                      {"Version", "0|0.1\n"}};
     EXPECT_EQ(content(), expected);
 }
 
@@ -135,18 +134,18 @@ TEST(Records, areTakenOutOfTheFileWithWhatBelongsToThem)
     const std::string device = "Devices Sections Zones DeviceUsers DeviceUserSectionLinks";
     const std::string records =
         "Users Domains Organizations Locales Persons Contractors Contracts Locations Sites " + device;
-    for (const auto &[function, deleted] : std::vector<std::pair<std::string, std::string>>{
-             {"deleteDomain", "Domains"},
-             {"deleteUser", "Users"},
-             {"deleteOrganization", "Organizations Persons"},
-             {"deleteContractor", "Contractors"},
-             {"deleteContract", "Contracts"},
-             {"deleteDevice", device},
-             {"deleteSection", "Sections Zones DeviceUserSectionLinks"},
-             {"deleteZone", "Zones"},
-             {"deleteSite", "Sites Locations"},
-             {"clearAllExceptEvents", records},
-             {"clearAll", records + " Events"}}) {
+    for (const auto &[function, deleted] :
+         std::vector<std::pair<std::string, std::string>>{{"deleteDomain", "Domains"},
+                                                          {"deleteUser", "Users"},
+                                                          {"deleteOrganization", "Organizations Persons"},
+                                                          {"deleteContractor", "Contractors"},
+                                                          {"deleteContract", "Contracts"},
+                                                          {"deleteDevice", device},
+                                                          {"deleteSection", "Sections Zones DeviceUserSectionLinks"},
+                                                          {"deleteZone", "Zones"},
+                                                          {"deleteSite", "Sites Locations"},
+                                                          {"clearAllExceptEvents", records},
+                                                          {"clearAll", records + " Events"}}) {
         SCOPED_TRACE(function);
         const TemporaryDirectory directory;
         const RunningCache cache;
@@ -177,8 +176,9 @@ TEST(Filters, takeTheKeysOfTheKindAndNoOtherWord)
             EXPECT_EQ(function.call(inputs), "10") << function.name << unknown;
         }
     }
-    EXPECT_EQ(call("addUsers", {items(R"({"id":5,"name":"5","roles":9223372036854775808,"phone":5},{"id":6,"name":""})")}),
-              "0");
+    EXPECT_EQ(
+        call("addUsers", {items(R"({"id":5,"name":"5","roles":9223372036854775808,"phone":5},{"id":6,"name":""})")}),
+        "0");
     for (const auto &[key, value] : std::vector<std::pair<std::string, std::string>>{
              {"phone", "5"}, {"phone", "5.0"}, {"id", "05"}, {"roles", "9223372036854775808"}, {"name", "5"}})
         EXPECT_EQ(call("getUsersWithParams", {key, value}).substr(0, 4), "0 5|") << key << value;
