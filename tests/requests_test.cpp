@@ -58,60 +58,6 @@ TEST(Requests, areReadWholeOrNotAtAll)
     expectReadOf("Locales", requests);
 }
 
-TEST(Requests, numbersAreCutToTheirFields)
-{
-    std::vector<Request> whole;
-    for (const auto &[number, stored] : std::vector<std::pair<std::string, std::string>>{{"-1", "4294967295"},
-                                                                                         {"1.9", "1"},
-                                                                                         {"-1.9", "4294967295"},
-                                                                                         {"4294967296", "0"},
-                                                                                         {"4294967301", "5"},
-                                                                                         {"1e300", "0"},
-                                                                                         {"-1e300", "0"},
-                                                                                         {"9223372036854775807", "0"}})
-        whole.push_back(one(R"({"id":)" + number + R"(,"org_id":)" + number + R"(,"locale_id":)" + number + "}",
-                            stored + "|-|" + stored + "|(" + stored + ")"));
-    expectReadOf("Domains", whole);
-    expectReadOf("Users", {one(R"({"id":1,"roles":3.9})", "1|-|-|-|-|-|-|3"),
-                           one(R"({"id":1,"roles":9223372036854775808})", "1|-|-|-|-|-|-|9223372036854775808"),
-                           one(R"({"id":1,"roles":1e19})", "1|-|-|-|-|-|-|10000000000000000000"),
-                           one(R"({"id":1,"roles":1e300})", "1|-|-|-|-|-|-|0")});
-    expectReadOf("Sites", {one(R"({"id":1,"contract_status":2147483648,"contract_id":1.5})",
-                               "1|-|-|-|-|-|-|-|0|-|-|-|-|-|-|-|0")});
-}
-
-TEST(Requests, valuesOfAnotherTypeFailTheWhole)
-{
-    for (const auto &[kinds, fields] : std::vector<std::pair<std::string, std::vector<std::string>>>{
-             {"Users", {R"("active":"1")", R"("roles":null)", R"("domain":true)"}},
-             {"Domains", {R"("locale_id":{"id":1})"}},
-             {"Contracts", {R"("contractor_id":"1")", R"("operator_id":null)"}},
-             {"Organizations", {R"("contact":{"name":"n"})", R"("contact":1)"}},
-             {"Devices",
-              {R"("sections":{})", R"("sections":[1])", R"("sections":[{"id":1,"zones":[{}]}])",
-               R"("users":[{"id":1}])", R"("users":[{"user_index":1,"sections":["1"]}])"}},
-             {"Sites", {R"("location":[])", R"("location":{"lat":"1"})", R"("devices":[{"id":1},7])"}}}) {
-        for (const std::string &field : fields)
-            expectReadOf(kinds, {one(R"({"id":1,"org_id":1,)" + field + "}", "5")});
-    }
-}
-
-TEST(Requests, namePartsAndTheirParents)
-{
-    const TemporaryDirectory directory;
-    const RunningCache cache;
-    EXPECT_EQ(call("addDevices", {items(R"({"id":0,"sections":[{"id":2,"zones":[{"id":3}]}]})")}), "0");
-    for (const std::string record : {R"({"device":0,"section":2,"zone":3})", R"({"device":0,"section":2,"id":3})"})
-        EXPECT_EQ(call("updateZone", {item(record)}), "0 3");
-    for (const std::string record : {R"({"section":2,"zone":3})", R"({"device":0,"zone":3})",
-                                     R"({"device":0,"section":2})", R"({"device":"0","section":2,"zone":3})"}) {
-        EXPECT_EQ(call("updateZone", {item(record)}), "5");
-        EXPECT_EQ(call("deleteZone", {item(record)}), record.find("\"0\"") == std::string::npos ? "5" : "0");
-    }
-    EXPECT_EQ(call("updateSection", {item(R"({"device":0,"section":2,"name":"n"})")}), "0 2|n");
-    EXPECT_EQ(call("deleteSection", {item(R"({"device":0,"id":2})")}), "5");
-}
-
 TEST(Requests, loneSurrogatesReadTheSameOnEveryPath)
 {
     const TemporaryDirectory directory;
