@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cstdint>
 #include <system_error>
 #include <vector>
 
@@ -52,29 +53,10 @@ JsonReader::JsonReader(std::u16string_view text)
     skipSpace();
 }
 
-JsonReader::Type JsonReader::type() const
-{
-    if (m_position == m_end)
-        return Type::Nothing;
-    switch (*m_position) {
-    case u'{':
-        return Type::Object;
-    case u'[':
-        return Type::Array;
-    case u'"':
-        return Type::String;
-    case u't':
-    case u'f':
-        return Type::Boolean;
-    case u'n':
-        return Type::Null;
-    default:
-        return Type::Number; // Or no value at all, as reading or skipping it will find.
-    }
-}
-
 double JsonReader::readNumber()
 {
+    if (const std::optional<double> number = readShortWholeNumber())
+        return *number;
     const char16_t *const begin = m_position;
     const auto passDigits = [this] {
         while (m_position != m_end && isDigit(*m_position))
@@ -111,6 +93,25 @@ double JsonReader::readNumber()
         fail();
     skipSpace();
     return number + 0.0; // There is no negative zero.
+}
+
+/// Nearly all numbers are whole, of a few digits: these need no conversion that rounds. Nothing, and nothing read, if
+/// another number is ahead.
+std::optional<double> JsonReader::readShortWholeNumber()
+{
+    constexpr std::ptrdiff_t digitLimit = 15; // A double holds all of them.
+    const char16_t *const limit = m_position + std::min(digitLimit, m_end - m_position);
+    const char16_t *next = m_position;
+    std::int64_t number = 0;
+    for (; next != limit && isDigit(*next); ++next)
+        number = number * 10 + (*next - u'0');
+    const bool hasLeadingZero = next != m_position && *m_position == u'0' && next != m_position + 1;
+    const bool goesOn = next == m_end || isDigit(*next) || *next == u'.' || *next == u'e' || *next == u'E';
+    if (next == m_position || hasLeadingZero || goesOn)
+        return std::nullopt;
+    m_position = next;
+    skipSpace();
+    return static_cast<double>(number);
 }
 
 Text JsonReader::readText()
@@ -170,22 +171,6 @@ void JsonReader::skip()
         if (open > 0 && brackets.at(open - 1) == u'}')
             readKey();
     } while (open > 0);
-}
-
-void JsonReader::skipSpace()
-{
-    while (m_position != m_end &&
-           (*m_position == u' ' || *m_position == u'\n' || *m_position == u'\r' || *m_position == u'\t'))
-        ++m_position;
-}
-
-bool JsonReader::passIfAhead(char16_t unit)
-{
-    if (m_position == m_end || *m_position != unit)
-        return false;
-    ++m_position;
-    skipSpace();
-    return true;
 }
 
 void JsonReader::enter(char16_t bracket)

@@ -22,7 +22,26 @@ public:
     enum class Type { Object, Array, String, Number, Boolean, Null, Nothing };
 
     /// The type of the value ahead; nothing after an error.
-    [[nodiscard]] Type type() const;
+    [[nodiscard]] Type type() const
+    {
+        if (m_position == m_end)
+            return Type::Nothing;
+        switch (*m_position) {
+        case u'{':
+            return Type::Object;
+        case u'[':
+            return Type::Array;
+        case u'"':
+            return Type::String;
+        case u't':
+        case u'f':
+            return Type::Boolean;
+        case u'n':
+            return Type::Null;
+        default:
+            return Type::Number; // Or no value at all, as reading or skipping it will find.
+        }
+    }
 
     /// Calls `onMember` with each key of the object ahead; it must read or skip the member's value.
     template <class OnMember>
@@ -58,11 +77,24 @@ private:
         m_hasFailed = true;
         m_position = m_end;
     }
-    void skipSpace();
-    bool passIfAhead(char16_t unit);
+    void skipSpace()
+    {
+        while (m_position != m_end && *m_position <= u' ' &&
+               (*m_position == u' ' || *m_position == u'\n' || *m_position == u'\r' || *m_position == u'\t'))
+            ++m_position;
+    }
+    bool passIfAhead(char16_t unit)
+    {
+        if (m_position == m_end || *m_position != unit)
+            return false;
+        ++m_position;
+        skipSpace();
+        return true;
+    }
     void enter(char16_t bracket);
     bool leaveIfAhead(char16_t bracket);
     bool hasMore(char16_t bracket);
+    std::optional<double> readShortWholeNumber();
     void skipLiteral(std::u16string_view literal);
     std::u16string_view readKey();
     std::u16string_view readString();
