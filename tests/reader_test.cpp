@@ -26,6 +26,14 @@ std::string repeated(std::string_view part, std::size_t count)
     return text;
 }
 
+std::u16string joined(std::initializer_list<std::u16string_view> parts)
+{
+    std::u16string text;
+    for (const std::u16string_view part : parts)
+        text += part;
+    return text;
+}
+
 std::string printable(std::u16string_view text)
 {
     std::string out;
@@ -55,6 +63,7 @@ std::u16string required(const Shape &shape)
 }
 
 /// Calls `visit` with each field of every level: the text before its member, its key, and the text behind.
+// NOLINTNEXTLINE(misc-no-recursion): as deep as records are nested.
 void forEachField(const Shape &shape, const std::u16string &before, const std::u16string &after,
                   const std::function<void(const std::u16string &, std::string_view, const std::u16string &)> &visit)
 {
@@ -111,7 +120,7 @@ std::vector<std::u16string> values()
     )");
     for (std::string word; words >> word;)
         list.push_back(wide(word));
-    for (const std::size_t length : {31, 32, 33, 300, 400}) {
+    for (const std::size_t length : {31U, 32U, 33U, 300U, 400U}) {
         list.push_back(wide(repeated("9", length)));
         list.push_back(wide("0." + repeated("0", length) + "1"));
         list.push_back(wide(repeated("9", length) + "e-" + std::to_string(length)));
@@ -135,13 +144,13 @@ TEST(Reader, readsEveryValueOfEveryFieldAsQtDoes)
     for (const Reading &reading : readings()) {
         const auto tryValues = [&](const std::u16string &before, std::string_view key, const std::u16string &after) {
             for (const std::u16string &value : all)
-                expectSame(reading, before + member(key, value) + after, codes);
+                expectSame(reading, joined({before, member(key, value), after}), codes);
             for (std::size_t depth = 1015; depth <= 1025; ++depth) {
                 const std::u16string arrays = wide(repeated("[", depth) + repeated("]", depth));
                 const std::u16string objects = wide(repeated(R"({"":)", depth) + "1" + repeated("}", depth));
                 for (const std::string_view name : {key, std::string_view("unknown")}) {
-                    expectSame(reading, before + member(name, arrays) + after, codes);
-                    expectSame(reading, before + member(name, objects) + after, codes);
+                    expectSame(reading, joined({before, member(name, arrays), after}), codes);
+                    expectSame(reading, joined({before, member(name, objects), after}), codes);
                 }
             }
         };
@@ -158,29 +167,29 @@ TEST(Reader, readsRepeatedAndAlternativeKeysAsQtDoes)
         const std::u16string before = wide(reading.before);
         const std::u16string after = wide(reading.after);
         const std::u16string all = required(*reading.shape);
-        const std::u16string whole = before + u"{" + all + u"}";
+        const std::u16string whole = joined({before, u"{", all, u"}"});
         const auto tryMembers = [&](const std::u16string &members) {
-            expectSame(reading, before + u"{" + members + u"}" + after, codes);
-            expectSame(reading, before + u"{" + all + u"," + members + u"}" + after, codes);
-            expectSame(reading, before + u"{" + members + u"," + all + u"}" + after, codes);
+            expectSame(reading, joined({before, u"{", members, u"}", after}), codes);
+            expectSame(reading, joined({before, u"{", all, u",", members, u"}", after}), codes);
+            expectSame(reading, joined({before, u"{", members, u",", all, u"}", after}), codes);
         };
         for (const std::u16string &value : some) {
             for (const std::u16string &other : some) {
                 for (const Shape::Member &first : reading.shape->members) {
                     for (const Shape::Member &second : reading.shape->members)
-                        tryMembers(member(first.key, value) + u"," + member(second.key, other));
+                        tryMembers(joined({member(first.key, value), u",", member(second.key, other)}));
                     // The same key, of which an escape stands for the first character.
                     std::string hexadecimal = "\\u0000";
                     std::snprintf(hexadecimal.data() + 2, 5, "%04x", first.key.front());
                     const std::string escaped = hexadecimal + std::string(first.key.substr(1));
-                    tryMembers(member(first.key, value) + u"," + member(escaped, other));
-                    tryMembers(member(escaped, value) + u"," + member(first.key, other));
+                    tryMembers(joined({member(first.key, value), u",", member(escaped, other)}));
+                    tryMembers(joined({member(escaped, value), u",", member(first.key, other)}));
                 }
             }
             for (const std::u16string &end : {after.substr(1), after.substr(after.size() - 1)}) {
                 const std::u16string open = whole + after.substr(0, after.size() - end.size());
                 for (const std::string_view key : {"items", "D", "\\u0044", "d"})
-                    expectSame(reading, open + u"," + member(key, value) + end, codes);
+                    expectSame(reading, joined({open, u",", member(key, value), end}), codes);
             }
             expectSame(reading, u"{" + member("D", value) + u"," + whole.substr(1) + after, codes);
             expectSame(reading, u"{\"D\":{" + member("items", value) + u"," + whole.substr(6) + after, codes);
