@@ -1,8 +1,9 @@
 #include "bench/table.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstdio>
-#include <cstring>
+#include <cstdlib>
 
 namespace {
 
@@ -70,6 +71,8 @@ void run(const Options &options)
 
 int main(int argc, char **argv)
 {
+    // Qt warns of an application that is launched anew on another thread, as happens for every file here.
+    ::setenv("QT_LOGGING_RULES", "default.warning=false", 0);
     try {
         Options options;
         if (!parse(argc, argv, options)) {

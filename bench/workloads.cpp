@@ -108,7 +108,7 @@ generator::Site regularSite(const Centre &centre, std::uint32_t index)
     fit(device.deviceUsers, 5);
     for (std::uint32_t i = 0; i < 5; ++i) {
         device.deviceUsers[i].userIndex = i + 1;
-        device.deviceUsers[i].sections = {i % 4 + 1, (i + 1) % 4 + 1};
+        device.deviceUsers[i].sections = {i % 3 + 1, i % 3 + 2};
     }
     if (!site.location)
         site.location = generator::Location{0.25 * (index % 360), -0.125 * (index % 720)};
