@@ -1,57 +1,84 @@
 #include "bench/rounds.h"
 
-#include <algorithm>
-#include <cstdio>
+#include "bench/baseline/baseline.h"
+
+#include <ctime>
+#include <memory>
+
+namespace bench {
 
 namespace {
 
-constexpr double nanosecondsPerMicrosecond = 1000;
-
-/// `values` are in order and not empty.
-double median(const std::vector<double> &values)
+double now(Clock clock)
 {
-    const std::size_t middle = values.size() / 2;
-    return values.size() % 2 == 1 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
+    timespec time{};
+    ::clock_gettime(clock == Clock::Wall ? CLOCK_MONOTONIC : CLOCK_PROCESS_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
-std::vector<double> sorted(std::vector<double> values)
+struct Run {
+    double seconds;
+    std::uint64_t digest;
+};
+
+Run runOnce(const Task &task, Side &side, Clock clock)
 {
-    std::sort(values.begin(), values.end());
-    return values;
+    Answers answers;
+    const double start = now(clock);
+    task(side, answers);
+    const double seconds = now(clock) - start;
+    return {seconds, answers.digest()};
+}
+
+/// Opens the sides that are not given, one after the other: what one does at its end is no burden on the other.
+struct Sides {
+    std::unique_ptr<Side> library;
+    std::unique_ptr<Side> baseline;
+};
+
+Run runLibrary(const Task &task, const Sides &sides, Clock clock)
+{
+    return sides.library ? runOnce(task, *sides.library, clock) : runOnce(task, *std::make_unique<Library>(), clock);
+}
+
+Run runBaseline(const Task &task, const Sides &sides, Clock clock)
+{
+    return sides.baseline ? runOnce(task, *sides.baseline, clock)
+                          : runOnce(task, *std::make_unique<Baseline>(baselineFile), clock);
 }
 
 } // namespace
 
-bool Rounds::ReportContext(const Context &)
+Measurement measure(const Workload &workload, Fixtures &fixtures, Clock clock)
 {
-    return true;
+    Measurement measurement;
+    fixtures.provide(workload.fixture);
+    const Task task = workload.prepare();
+    Sides sides;
+    if (!workload.isWriting)
+        sides = {std::make_unique<Library>(), std::make_unique<Baseline>(baselineFile)};
+    for (int round = 0; round <= workload.rounds; ++round) {
+        if (workload.isWriting && round > 0)
+            fixtures.provide(workload.fixture);
+        // By turns, the one and the other goes first.
+        Run library{};
+        Run baseline{};
+        if (round % 2 == 0) {
+            library = runLibrary(task, sides, clock);
+            baseline = runBaseline(task, sides, clock);
+        } else {
+            baseline = runBaseline(task, sides, clock);
+            library = runLibrary(task, sides, clock);
+        }
+        measurement.isSame = measurement.isSame && library.digest == baseline.digest;
+        if (round > 0) {
+            measurement.library.push_back(library.seconds);
+            measurement.baseline.push_back(baseline.seconds);
+        } else if (workload.isWriting) {
+            measurement.isSame = measurement.isSame && haveSameContent();
+        }
+    }
+    return measurement;
 }
 
-void Rounds::ReportRuns(const std::vector<Run> &runs)
-{
-    for (const Run &run : runs) {
-        const std::string &name = run.run_name.function_name;
-        const std::size_t slash = name.find('/');
-        Times &times = m_workloads[name.substr(0, slash)];
-        const bool isRealTime = !run.run_name.time_type.empty();
-        (name.substr(slash + 1) == "library" ? times.library : times.baseline)
-            .push_back(isRealTime ? run.GetAdjustedRealTime() : run.GetAdjustedCPUTime());
-    }
-}
-
-void Rounds::print() const
-{
-    std::printf("%-16s %12s %12s %7s   %s\n", "workload", "library us", "baseline us", "ratio", "lowest-highest ratio");
-    for (const auto &[workload, times] : m_workloads) {
-        std::vector<double> ratios;
-        for (std::size_t i = 0; i < std::min(times.library.size(), times.baseline.size()); ++i)
-            ratios.push_back(times.library[i] / times.baseline[i]);
-        if (ratios.empty())
-            continue;
-        ratios = sorted(ratios);
-        std::printf("%-16s %12.2f %12.2f %7.2f   %.2f-%.2f in %zu rounds\n", workload.c_str(),
-                    median(sorted(times.library)) / nanosecondsPerMicrosecond,
-                    median(sorted(times.baseline)) / nanosecondsPerMicrosecond, median(ratios), ratios.front(),
-                    ratios.back(), ratios.size());
-    }
-}
+} // namespace bench

@@ -1,0 +1,106 @@
+#include "bench/library.h"
+
+#include <stdexcept>
+#include <string>
+
+namespace bench {
+
+namespace {
+
+void check(unsigned int code)
+{
+    if (code != TARNEL_SUCCESS)
+        throw std::runtime_error("the library answers " + std::to_string(code));
+}
+
+const unsigned short *units(std::u16string_view text)
+{
+    return reinterpret_cast<const unsigned short *>(text.data());
+}
+
+unsigned int length(std::u16string_view text)
+{
+    return static_cast<unsigned int>(text.size());
+}
+
+/// Keeps the list that `call` hands out.
+template <class Api, class Call>
+void keepList(Answers &answers, Call call)
+{
+    Api *records = nullptr;
+    unsigned int count = 0;
+    check(call(&records, &count));
+    answers.keep(records, count);
+}
+
+/// Keeps the record that `call` hands out.
+template <class Api, class Call>
+void keepOne(Answers &answers, Call call)
+{
+    Api *record = nullptr;
+    check(call(&record));
+    answers.keep(record, 1);
+}
+
+} // namespace
+
+void Library::addEvents(std::u16string_view request, Answers &answers)
+{
+    keepList<api::Event>(answers, [&](api::Event **events, unsigned int *count) {
+        return ::addEvents(events, count, units(request), length(request));
+    });
+}
+
+void Library::addEvent(std::u16string_view request, Answers &answers)
+{
+    keepOne<api::Event>(answers,
+                        [&](api::Event **event) { return ::addEvent(event, units(request), length(request)); });
+}
+
+void Library::getEvents(unsigned int from, unsigned int to, Answers &answers)
+{
+    keepList<api::Event>(
+        answers, [&](api::Event **events, unsigned int *count) { return ::getEvents(events, count, from, to); });
+}
+
+void Library::getAffectEvents(Answers &answers)
+{
+    keepList<api::Event>(answers, ::getAffectEvents);
+}
+
+void Library::clearEventsBeforeDateExceptAffects(unsigned int date)
+{
+    check(::clearEventsBeforeDateExceptAffects(date));
+}
+
+void Library::addSites(std::u16string_view request)
+{
+    check(::addSites(units(request), length(request)));
+}
+
+void Library::getDevices(Answers &answers)
+{
+    keepList<api::Device>(answers, ::getDevices);
+}
+
+void Library::getDevice(unsigned int id, Answers &answers)
+{
+    keepOne<api::Device>(answers, [&](api::Device **device) { return ::getDevice(device, id); });
+}
+
+void Library::getUser(unsigned int id, Answers &answers)
+{
+    keepOne<api::User>(answers, [&](api::User **user) { return ::getUser(user, id); });
+}
+
+void Library::getSite(unsigned int id, Answers &answers)
+{
+    keepOne<api::Site>(answers, [&](api::Site **site) { return ::getSite(site, id); });
+}
+
+void Library::updateUser(std::u16string_view request, Answers &answers)
+{
+    keepOne<api::User>(answers, [&](api::User **user) { return ::updateUser(user, units(request), length(request)); });
+}
+
+} // namespace bench
