@@ -74,10 +74,13 @@ bool haveSameContent()
          readColumn(connection, "SELECT name FROM main.sqlite_master WHERE type = 'table'")) {
         const std::string ours = "SELECT * FROM main." + table;
         const std::string theirs = "SELECT * FROM baseline." + table;
-        for (const std::string &difference : {ours + " EXCEPT " + theirs, theirs + " EXCEPT " + ours}) {
-            if (readColumn(connection, "SELECT count(*) FROM (" + difference + ")") != std::vector<std::string>{"0"})
-                return false;
-        }
+        const auto isEmptyWithout = [&](const std::string &rows, const std::string &others) {
+            std::string count = "SELECT count(*) FROM (";
+            count.append(rows).append(" EXCEPT ").append(others).append(")");
+            return readColumn(connection, count) == std::vector<std::string>{"0"};
+        };
+        if (!isEmptyWithout(ours, theirs) || !isEmptyWithout(theirs, ours))
+            return false;
     }
     return readColumn(connection, "SELECT name FROM main.sqlite_master EXCEPT SELECT name FROM baseline.sqlite_master")
         .empty();

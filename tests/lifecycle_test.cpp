@@ -235,7 +235,7 @@ TEST_F(Lifecycle, cyclesNeitherHangNorGrow)
               << " KiB; descriptors " << early.descriptors << " -> " << late.descriptors << '\n';
     EXPECT_LE(late.descriptors, early.descriptors);
 #ifndef TARNEL_SANITIZED // Sanitizers keep what was released.
-    EXPECT_LT(late.residentKiB, early.residentKiB + 4 * 1024);
+    EXPECT_LT(late.residentKiB, early.residentKiB + 4096);
 #endif
 }
 
