@@ -154,9 +154,8 @@ bool SQLiteDatabase::getExtraDeviceFields(std::span<Device> devices)
     const DeviceIndex index(devices);
     const std::vector<quint32> identifiers = index.identifiers();
     const auto readParts = [&]<class Part>(const char *message, auto &&visit) {
-        return readEach(identifiers.size() == 1 ? m_preparer.prepareGet<Part>(identifiers.front())
-                                                : m_preparer.prepareGetOfMany<Part>(identifiers),
-                        message, [&](const Statement &row) { visit(row, index.ownerOf(row)); });
+        return readEach(m_preparer.prepareGetOfSome<Part>(identifiers), message,
+                        [&](const Statement &row) { visit(row, index.ownerOf(row)); });
     };
     const auto addSection = [](const Statement &row, Device &device) {
         RowReader::read(row, device.sections.emplace_back());

@@ -34,7 +34,7 @@ public:
         AddOrUpdate,
         Get,
         GetByField,
-        GetOfMany,
+        GetOfSome,
         IsExists,
         Delete,
         LookUp,  ///< Of the column that is named.
@@ -155,9 +155,12 @@ public:
 
     /// The records of which the first column is one of the identifiers, in the order of the primary key.
     template <class Record>
-    Query prepareGetOfMany(const std::vector<quint32> &identifiers)
+    Query prepareGetOfSome(const std::vector<quint32> &identifiers)
     {
-        Query query = prepare({Verb::GetOfMany, &Schema<Record>::table}, [] {
+        // A list costs a statement of its own to take apart.
+        if (identifiers.size() == 1)
+            return prepareGet<Record>(identifiers.front());
+        Query query = prepare({Verb::GetOfSome, &Schema<Record>::table}, [] {
             return sql::select(SelectionBuilder::of<Record>()) +
                    sql::whereIsListed(TableModel<Record>::fields.front().column());
         });

@@ -63,7 +63,7 @@ bool SQLiteDatabase::getExtraSiteFields(std::span<Site> sites)
 
     std::unordered_map<quint32, Domain> domains;
     const bool isRead =
-        readEach(m_preparer.prepareGetOfMany<Domain>(identifiers), "get domain error", [&](const Statement &row) {
+        readEach(m_preparer.prepareGetOfSome<Domain>(identifiers), "get domain error", [&](const Statement &row) {
             Domain domain;
             RowReader::read(row, domain);
             domains.emplace(domain.id, std::move(domain));
