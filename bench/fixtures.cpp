@@ -74,12 +74,12 @@ bool haveSameContent()
          readColumn(connection, "SELECT name FROM main.sqlite_master WHERE type = 'table'")) {
         const std::string ours = "SELECT * FROM main." + table;
         const std::string theirs = "SELECT * FROM baseline." + table;
-        const auto isEmptyWithout = [&](const std::string &rows, const std::string &others) {
+        const auto hasAll = [&](const std::string &all, const std::string &rows) {
             std::string count = "SELECT count(*) FROM (";
-            count.append(rows).append(" EXCEPT ").append(others).append(")");
+            count.append(rows).append(" EXCEPT ").append(all).append(")");
             return readColumn(connection, count) == std::vector<std::string>{"0"};
         };
-        if (!isEmptyWithout(ours, theirs) || !isEmptyWithout(theirs, ours))
+        if (!hasAll(ours, theirs) || !hasAll(theirs, ours))
             return false;
     }
     return readColumn(connection, "SELECT name FROM main.sqlite_master EXCEPT SELECT name FROM baseline.sqlite_master")

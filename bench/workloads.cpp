@@ -19,10 +19,10 @@ using Requests = std::vector<std::u16string>;
 
 std::string withCommas(std::uint32_t number)
 {
-    if (number < 1000)
-        return std::to_string(number);
-    const std::string lastDigits = std::to_string(1000 + number % 1000);
-    return withCommas(number / 1000).append(",").append(lastDigits, 1);
+    std::string text = std::to_string(number);
+    for (std::size_t position = text.size(); position > 3; position -= 3)
+        text.insert(position - 3, ",");
+    return text;
 }
 
 void require(unsigned int code)

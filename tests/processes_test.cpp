@@ -46,11 +46,11 @@ struct Library {
     void *handle = ::dlopen(TARNEL_LIBRARY, RTLD_NOW | RTLD_LOCAL);
 
     template <class Function>
-    Function *get(const char *name, Function *) const
+    Function *get(const char *name) const
     {
         return reinterpret_cast<Function *>(::dlsym(handle, name));
     }
-#define LIBRARY_FUNCTION(name) decltype(::name) *name = get(#name, ::name)
+#define LIBRARY_FUNCTION(name) decltype(::name) *name = get<decltype(::name)>(#name)
     LIBRARY_FUNCTION(launchCache);
     LIBRARY_FUNCTION(exitCache);
     LIBRARY_FUNCTION(getState);
