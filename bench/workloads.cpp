@@ -19,10 +19,14 @@ using Requests = std::vector<std::u16string>;
 
 std::string withCommas(std::uint32_t number)
 {
-    if (number < 1000)
-        return std::to_string(number);
-    const std::string lastDigits = std::to_string(1000 + number % 1000);
-    return withCommas(number / 1000).append(",").append(lastDigits, 1);
+    const std::string digits = std::to_string(number);
+    std::string text;
+    for (std::size_t i = 0; i < digits.size(); ++i) {
+        if (i > 0 && (digits.size() - i) % 3 == 0)
+            text.push_back(',');
+        text.push_back(digits[i]);
+    }
+    return text;
 }
 
 void require(unsigned int code)

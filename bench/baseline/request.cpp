@@ -25,7 +25,7 @@ std::size_t sizeInUtf8(std::u16string_view text)
     for (std::size_t start = 0; start < text.size(); start += chunk) {
         unsigned int part = 0;
         for (const char16_t unit : text.substr(start, chunk))
-            part += 1U + unsigned{unit >= 0x80} + unsigned{unit >= 0x800};
+            part += 1U + (unit >= 0x80 ? 1U : 0U) + (unit >= 0x800 ? 1U : 0U);
         size += part;
     }
     return size;
