@@ -49,11 +49,11 @@ void run(const Options &options)
         std::printf("Quick: everything is %u times smaller, and so less exact.\n", options.divisor);
     if (options.clock == bench::Clock::Processor)
         std::printf("Time of the processor: without what waits for the disk.\n");
-    table.printHeader();
+    bench::Table::printHeader();
     // Before there are threads.
     const bench::Workload memoryWorkload = bench::memoryWorkload(options.divisor);
     if (options.isWanted(memoryWorkload.name))
-        table.printMemory(memoryWorkload, bench::measureMemory(memoryWorkload));
+        bench::Table::printMemory(memoryWorkload, bench::measureMemory(memoryWorkload));
 
     const client::TemporaryDirectory directory;
     bench::Fixtures fixtures;

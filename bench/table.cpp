@@ -19,7 +19,7 @@ double median(std::vector<double> values)
 
 } // namespace
 
-void Table::printHeader() const
+void Table::printHeader()
 {
     std::printf("| %-8s | %-*s | %10s | %10s | %5s | %-17s |\n", "", descriptionWidth, "workload", "library",
                 "baseline", "ratio", "spread");
@@ -44,7 +44,7 @@ void Table::printRow(const Workload &workload, const Measurement &measurement)
     std::fflush(stdout);
 }
 
-void Table::printMemory(const Workload &workload, const Memory &memory) const
+void Table::printMemory(const Workload &workload, const Memory &memory)
 {
     const auto inMegabytes = [](std::size_t bytes) { return static_cast<double>(bytes) * 1e-6; };
     std::printf("| %-8s | %-*s | %7.1f MB | %7.1f MB | %5.2f | %-17s |\n", workload.name.c_str(), descriptionWidth,

@@ -10,9 +10,9 @@ namespace bench {
 class Table
 {
 public:
-    void printHeader() const;
+    static void printHeader();
     void printRow(const Workload &workload, const Measurement &measurement);
-    void printMemory(const Workload &workload, const Memory &memory) const;
+    static void printMemory(const Workload &workload, const Memory &memory);
     /// How much longer an event takes in ten, or a hundred, times as many; for what has been measured at all sizes.
     void printGrowth(const std::string &name, double sizeRatio) const;
 
