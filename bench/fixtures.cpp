@@ -38,7 +38,7 @@ std::vector<std::string> readColumn(const Connection &connection, const std::str
 {
     std::vector<std::string> values;
     const auto add = [](void *target, int, char **columns, char **) {
-        static_cast<std::vector<std::string> *>(target)->emplace_back(columns[0]);
+        static_cast<std::vector<std::string> *>(target)->emplace_back(columns[0] == nullptr ? "" : columns[0]);
         return 0;
     };
     if (sqlite3_exec(connection.get(), sql.c_str(), add, &values, nullptr) != SQLITE_OK)
@@ -74,10 +74,9 @@ bool haveSameContent()
          readColumn(connection, "SELECT name FROM main.sqlite_master WHERE type = 'table'")) {
         const std::string ours = "SELECT * FROM main." + table;
         const std::string theirs = "SELECT * FROM baseline." + table;
-        for (const std::string &difference : {ours + " EXCEPT " + theirs, theirs + " EXCEPT " + ours}) {
-            if (readColumn(connection, "SELECT count(*) FROM (" + difference + ")") != std::vector<std::string>{"0"})
-                return false;
-        }
+        if (!readColumn(connection, std::string(ours).append(" EXCEPT ").append(theirs)).empty() ||
+            !readColumn(connection, std::string(theirs).append(" EXCEPT ").append(ours)).empty())
+            return false;
     }
     return readColumn(connection, "SELECT name FROM main.sqlite_master EXCEPT SELECT name FROM baseline.sqlite_master")
         .empty();
