@@ -38,7 +38,7 @@ std::vector<std::string> readColumn(const Connection &connection, const std::str
 {
     std::vector<std::string> values;
     const auto add = [](void *target, int, char **columns, char **) {
-        static_cast<std::vector<std::string> *>(target)->emplace_back(columns[0]);
+        static_cast<std::vector<std::string> *>(target)->emplace_back(columns[0] == nullptr ? "" : columns[0]);
         return 0;
     };
     if (sqlite3_exec(connection.get(), sql.c_str(), add, &values, nullptr) != SQLITE_OK)
@@ -74,12 +74,8 @@ bool haveSameContent()
          readColumn(connection, "SELECT name FROM main.sqlite_master WHERE type = 'table'")) {
         const std::string ours = "SELECT * FROM main." + table;
         const std::string theirs = "SELECT * FROM baseline." + table;
-        const auto hasAll = [&](const std::string &all, const std::string &rows) {
-            std::string count = "SELECT count(*) FROM (";
-            count.append(rows).append(" EXCEPT ").append(all).append(")");
-            return readColumn(connection, count) == std::vector<std::string>{"0"};
-        };
-        if (!hasAll(ours, theirs) || !hasAll(theirs, ours))
+        if (!readColumn(connection, std::string(ours).append(" EXCEPT ").append(theirs)).empty() ||
+            !readColumn(connection, std::string(theirs).append(" EXCEPT ").append(ours)).empty())
             return false;
     }
     return readColumn(connection, "SELECT name FROM main.sqlite_master EXCEPT SELECT name FROM baseline.sqlite_master")

@@ -23,7 +23,7 @@ private:
 
     simdjson::ondemand::parser m_parser;
     simdjson::ondemand::document m_document;
-    // A vector would fill it with zeros first. NOLINTNEXTLINE(modernize-avoid-c-arrays)
+    // NOLINTNEXTLINE(modernize-avoid-c-arrays): the classes for it would fill it with zeroes first.
     std::unique_ptr<char[]> m_buffer;
     std::size_t m_capacity = 0;
 };
