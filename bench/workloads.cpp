@@ -21,7 +21,7 @@ std::string withCommas(std::uint32_t number)
 {
     std::string text = std::to_string(number);
     for (std::size_t position = text.size(); position > 3; position -= 3)
-        text.insert(position - 3, ",");
+        text.insert(position - 3, 1, ',');
     return text;
 }
 
