@@ -1,12 +1,13 @@
 #include "controller/storage/sqlitedatabase.h"
 
 #include <algorithm>
+#include <functional>
 
 namespace tarnelLib::controller {
 
 namespace {
 
-/// Finds the devices of one read by their identifiers.
+/// Finds the devices of one read by their identifiers. The rows of parts mostly come device by device.
 class DeviceIndex
 {
 public:
@@ -14,28 +15,34 @@ public:
     {
         m_devices.reserve(devices.size());
         for (Device &device : devices)
-            m_devices.emplace(device.id, &device);
+            m_devices.push_back(&device);
+        std::ranges::sort(m_devices, {}, &Device::id);
     }
 
     [[nodiscard]] std::vector<quint32> identifiers() const
     {
         std::vector<quint32> identifiers;
         identifiers.reserve(m_devices.size());
-        for (const auto &[id, device] : m_devices)
-            identifiers.push_back(id);
+        for (const Device *device : m_devices)
+            identifiers.push_back(device->id);
         return identifiers;
     }
 
-    /// The device that a row of a part names in its first column.
-    [[nodiscard]] Device &ownerOf(const Statement &row) const
+    /// The device that a row of a part names in its first column; null if it is none of this read.
+    [[nodiscard]] Device *ownerOf(const Statement &row)
     {
         quint32 id = 0;
         row.read(0, id);
-        return *m_devices.at(id);
+        if (m_last == nullptr || m_last->id != id) {
+            const auto found = std::ranges::lower_bound(m_devices, id, {}, &Device::id);
+            m_last = found != m_devices.end() && (*found)->id == id ? *found : nullptr;
+        }
+        return m_last;
     }
 
 private:
-    std::unordered_map<quint32, Device *> m_devices;
+    std::vector<Device *> m_devices; ///< In the order of their identifiers.
+    Device *m_last = nullptr;        ///< The one that was found last.
 };
 
 /// The part with an identifier, of a list in the order of identifiers; null if it is not there.
@@ -44,6 +51,14 @@ Part *find(std::vector<Part> &parts, quint32 id)
 {
     const auto part = std::ranges::lower_bound(parts, id, {}, &Part::id);
     return part != parts.end() && part->id == id ? &*part : nullptr;
+}
+
+/// Clients get parts in the order of their identifiers, which they mostly have.
+template <class Part, class Identifier>
+void sortParts(std::vector<Part> &parts, Identifier identifier)
+{
+    if (!std::ranges::is_sorted(parts, {}, identifier))
+        std::ranges::sort(parts, {}, identifier);
 }
 
 } // namespace
@@ -125,7 +140,8 @@ bool SQLiteDatabase::add(std::optional<Device> &device)
 bool SQLiteDatabase::get(std::vector<Device> &devices)
 {
     return inTransaction([&] {
-        return readAll(m_preparer.prepareGet<Device>(), devices, "get devices error") && getExtraDeviceFields(devices);
+        return readAll(m_preparer.prepareGet<Device>(), devices, "get devices error") &&
+               getExtraDeviceFields(devices, DevicesRead::All);
     });
 }
 
@@ -133,14 +149,14 @@ bool SQLiteDatabase::get(std::vector<Device> &devices, const ModelField &field, 
 {
     return inTransaction([&] {
         return readAll(m_preparer.prepareGetByField<Device>(field, value), devices, "get devices by field error") &&
-               getExtraDeviceFields(devices);
+               getExtraDeviceFields(devices, DevicesRead::Some);
     });
 }
 
 bool SQLiteDatabase::doGetDevice(std::optional<Device> &device, quint32 id)
 {
     return readOne(m_preparer.prepareGet<Device>(id), device, "get device error") &&
-           (!device || getExtraDeviceFields({&*device, 1}));
+           (!device || getExtraDeviceFields({&*device, 1}, DevicesRead::Some));
 }
 
 bool SQLiteDatabase::get(std::optional<Device> &device, quint32 id)
@@ -149,36 +165,53 @@ bool SQLiteDatabase::get(std::optional<Device> &device, quint32 id)
 }
 
 /// Reads what is programmed into the devices: one statement for each kind of part, whatever the number of devices.
-bool SQLiteDatabase::getExtraDeviceFields(std::span<Device> devices)
+bool SQLiteDatabase::getExtraDeviceFields(std::span<Device> devices, DevicesRead read)
 {
-    const DeviceIndex index(devices);
-    const std::vector<quint32> identifiers = index.identifiers();
-    const auto readParts = [&]<class Part>(const char *message, auto &&visit) {
-        return readEach(m_preparer.prepareGetOfSome<Part>(identifiers), message,
-                        [&](const Statement &row) { visit(row, index.ownerOf(row)); });
+    DeviceIndex index(devices);
+    const std::vector<quint32> identifiers = read == DevicesRead::Some ? index.identifiers() : std::vector<quint32>();
+    const auto readParts = [&]<class Part>(const char *message, auto &&add, auto &&sort) {
+        // Looking the parts of all devices up would take half as long again as a scan.
+        Query query =
+            read == DevicesRead::Some ? m_preparer.prepareGetOfSome<Part>(identifiers) : m_preparer.prepareGet<Part>();
+        const bool isRead = readEach(std::move(query), message, [&](const Statement &row) {
+            if (Device *owner = index.ownerOf(row))
+                add(row, *owner);
+        });
+        std::ranges::for_each(devices, sort);
+        return isRead;
     };
     const auto addSection = [](const Statement &row, Device &device) {
         RowReader::read(row, device.sections.emplace_back());
     };
+    const auto sortSections = [](Device &device) { sortParts(device.sections, &Section::id); };
     const auto addZone = [](const Statement &row, Device &device) {
         quint32 section = 0;
         row.read(1, section);
         if (Section *owner = find(device.sections, section))
             RowReader::read(row, owner->zones.emplace_back());
     };
+    const auto sortZones = [](Device &device) {
+        for (Section &section : device.sections)
+            sortParts(section.zones, &Zone::id);
+    };
     const auto addDeviceUser = [](const Statement &row, Device &device) {
         RowReader::read(row, device.deviceUsers.emplace_back());
     };
+    const auto sortDeviceUsers = [](Device &device) { sortParts(device.deviceUsers, &DeviceUser::id); };
     const auto addLink = [](const Statement &row, Device &device) {
         quint32 user = 0;
         row.read(1, user);
         if (DeviceUser *owner = find(device.deviceUsers, user))
             row.read(2, owner->sections.emplace_back());
     };
-    return readParts.template operator()<Section>("get sections for device error", addSection) &&
-           readParts.template operator()<Zone>("get zones for device section error", addZone) &&
-           readParts.template operator()<DeviceUser>("get device users error", addDeviceUser) &&
-           readParts.template operator()<DeviceUserSectionLink>("get device user links error", addLink);
+    const auto sortLinks = [](Device &device) {
+        for (DeviceUser &user : device.deviceUsers)
+            sortParts(user.sections, std::identity());
+    };
+    return readParts.template operator()<Section>("get sections for device error", addSection, sortSections) &&
+           readParts.template operator()<Zone>("get zones for device section error", addZone, sortZones) &&
+           readParts.template operator()<DeviceUser>("get device users error", addDeviceUser, sortDeviceUsers) &&
+           readParts.template operator()<DeviceUserSectionLink>("get device user links error", addLink, sortLinks);
 }
 
 bool SQLiteDatabase::isDeviceExists(bool &isExists, quint32 id)

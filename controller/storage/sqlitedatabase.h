@@ -264,7 +264,8 @@ private:
     bool readBack(std::vector<Event> &events);
     bool doAddDevices(const std::vector<const Device *> &devices);
     bool doGetDevice(std::optional<Device> &device, quint32 id);
-    bool getExtraDeviceFields(std::span<Device> devices);
+    enum class DevicesRead { Some, All };
+    bool getExtraDeviceFields(std::span<Device> devices, DevicesRead read);
     bool getZonesOf(std::span<Section> sections, Query &&zones);
     bool doGetSectionForDeviceById(std::optional<Section> &section, quint32 device, quint32 id);
     bool doGetSiteById(std::optional<Site> &site, quint32 id);

@@ -87,11 +87,6 @@ void Statement::bind(int position, std::u16string_view value)
                                       value.size() * sizeof(char16_t), SQLITE_STATIC, SQLITE_UTF16));
 }
 
-void Statement::bindNull(int position)
-{
-    keepBindError(sqlite3_bind_null(m_handle, position));
-}
-
 void Statement::bindList(int position, const std::vector<quint32> &values)
 {
     std::string json = "[";

@@ -43,16 +43,14 @@ public:
     void bind(int position, double value);
     void bind(int position, std::u16string_view value);
     void bind(int position, const Text &value) { bind(position, value.view()); }
-    void bindNull(int position);
     /// Binds numbers as one value, a JSON array.
     void bindList(int position, const std::vector<quint32> &values);
+    /// What is absent needs no binding: a reset leaves every parameter NULL.
     template <class Value>
     void bind(int position, const std::optional<Value> &value)
     {
         if (value)
             bind(position, *value);
-        else
-            bindNull(position);
     }
 
     enum class Step { Row, Done, Failed };
