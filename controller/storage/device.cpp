@@ -67,55 +67,50 @@ void sortParts(std::vector<Part> &parts, Identifier identifier)
 bool SQLiteDatabase::doAddDevices(const std::vector<const Device *> &devices)
 {
     const auto addRows = [&] {
-        auto inserts = batch<Device>("add devices error");
+        Batch<Device> inserts(*this, "add devices error");
         for (const Device *device : devices)
             inserts.add(*device);
-        return inserts.isDone();
+        return inserts.finish();
     };
     const auto addSections = [&] {
-        auto inserts = batch<Section>("add sections error");
+        Batch<Section> inserts(*this, "add sections error");
         for (const Device *device : devices) {
             for (const Section &section : device->sections)
                 inserts.add(section, device->id);
         }
-        return inserts.isDone();
+        return inserts.finish();
     };
     const auto addZones = [&] {
-        auto inserts = batch<Zone>("add zones error");
+        Batch<Zone> inserts(*this, "add zones error");
         for (const Device *device : devices) {
             for (const Section &section : device->sections) {
                 for (const Zone &zone : section.zones)
                     inserts.add(zone, device->id, section.id);
             }
         }
-        return inserts.isDone();
+        return inserts.finish();
     };
     const auto addDeviceUsers = [&] {
-        auto inserts = batch<DeviceUser>("add device users error");
+        Batch<DeviceUser> inserts(*this, "add device users error");
         for (const Device *device : devices) {
             for (const DeviceUser &user : device->deviceUsers)
                 inserts.add(user, device->id);
         }
-        return inserts.isDone();
+        return inserts.finish();
     };
     const auto addLinks = [&] {
+        const DeviceUserSectionLink link;
         // The message of the device users: support reads it so in every log there is.
-        Batch<DeviceUserSectionLink> inserts(*this, prepareAddLinks(), "add device users error");
+        Batch<DeviceUserSectionLink> inserts(*this, "add device users error");
         for (const Device *device : devices) {
             for (const DeviceUser &user : device->deviceUsers) {
                 for (const quint32 section : user.sections)
-                    inserts.add({}, device->id, user.id, section);
+                    inserts.add(link, device->id, user.id, section);
             }
         }
-        return inserts.isDone();
+        return inserts.finish();
     };
     return addRows() && addSections() && addZones() && addDeviceUsers() && addLinks();
-}
-
-Query SQLiteDatabase::prepareAddLinks()
-{
-    return m_preparer.prepare({QueryPreparer::Verb::Special, &Schema<DeviceUserSectionLink>::table},
-                              [] { return sql::insertOrIgnore(tableOf<DeviceUserSectionLink>()); });
 }
 
 bool SQLiteDatabase::add(const std::vector<Device> &devices)

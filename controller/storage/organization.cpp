@@ -7,12 +7,12 @@ bool SQLiteDatabase::add(const std::vector<Organization> &organizations)
     return inTransaction([&] {
         if (!insertAll(std::span(organizations), "add organizations error"))
             return false;
-        auto persons = batch<Person>("add persons error");
+        Batch<Person> persons(*this, "add persons error");
         for (const Organization &organization : organizations) {
             if (organization.contact)
                 persons.add(*organization.contact);
         }
-        return persons.isDone();
+        return persons.finish();
     });
 }
 

@@ -89,26 +89,27 @@ public:
         return prepare({Verb::Clear, &Schema<Record>::table}, [] { return sql::deleteFrom(Schema<Record>::table); });
     }
 
-    /// An insert, to be filled for each record with `bindRecord`. A stored row is replaced whole.
+    /// An insert of so many records, to be filled with `bindRecord`. A stored row is replaced whole.
     template <class Record>
-    Query prepareAdd()
+    Query prepareAdd(std::size_t records)
     {
-        return prepare({Verb::Add, &Schema<Record>::table}, [] { return sql::insertOrReplace(tableOf<Record>()); });
+        return prepare({Verb::Add, &Schema<Record>::table, records},
+                       [records] { return sql::insertOrReplace(tableOf<Record>(), records); });
     }
 
-    template <class Record, class... Parents>
-    static void bindRecord(Statement &statement, const Record &record, Parents... parents)
+    /// Binds a record's columns from a position on; returns the one behind them.
+    template <class Record>
+    static int bindRecord(Statement &statement, int position, const Record &record,
+                          const std::array<quint32, parentCount<Record>> &parents)
     {
-        static_assert(sizeof...(parents) == parentCount<Record>);
-        const std::array<quint32, sizeof...(parents) + 1> identifiers{parents...};
         std::size_t parent = 0;
-        int position = 1;
         forEachColumn<Record>([&](const auto &row) {
             if constexpr (isParentKey<decltype(row)>)
-                statement.bind(position++, identifiers.at(parent++));
+                statement.bind(position++, parents.at(parent++));
             else
                 bindField(statement, position++, row, record);
         });
+        return position;
     }
 
     /// An insert that, where the row is already stored, changes only the columns of the fields that the record has.
@@ -117,15 +118,15 @@ public:
     {
         Query query =
             prepare({Verb::AddOrUpdate, &Schema<Record>::table}, [] { return sql::upsert(tableOf<Record>()); });
-        bindRecord(*query, record, parents...);
+        const int maskPosition = bindRecord(*query, 1, record, {parents...});
         quint64 present = 0;
-        int position = 0;
+        unsigned int column = 0;
         forEachColumn<Record>([&](const auto &row) {
             if (isPresent(row, record))
-                present |= 1ULL << static_cast<unsigned>(position);
-            ++position;
+                present |= 1ULL << column;
+            ++column;
         });
-        query->bind(position + 1, present);
+        query->bind(maskPosition, present);
         return query;
     }
 

@@ -14,12 +14,12 @@ bool SQLiteDatabase::add(const std::vector<Site> &sites)
         }
         if (!insertAll(std::span(sites), "add sites error") || !doAddDevices(devices))
             return false;
-        auto locations = batch<Location>("add locations error");
+        Batch<Location> locations(*this, "add locations error");
         for (const Site &site : sites) {
             if (site.location)
                 locations.add(*site.location);
         }
-        return locations.isDone();
+        return locations.finish();
     });
 }
 

@@ -130,67 +130,87 @@ private:
     /// Runs a statement that yields no rows.
     bool run(Query &&query, const char *message);
 
-    /// Inserts records one after another; after the first that fails the others are passed over.
+    /// Inserts records, many with one statement: with a statement for each, `addSites` takes 1.5 times as long. After
+    /// the first failure the others are passed over.
     template <class Record>
     class Batch
     {
     public:
-        Batch(SQLiteDatabase &database, Query &&query, const char *message)
-            : m_database(database), m_query(std::move(query)), m_message(message)
+        Batch(SQLiteDatabase &database, const char *message) : m_database(database), m_message(message)
         {
-            if (!m_query->isPrepared())
-                fail();
+            // A table that is not there is a failure also where there is nothing to insert.
+            const Query query = m_database.m_preparer.prepareAdd<Record>(1);
+            if (!query->isPrepared())
+                fail(*query);
         }
 
+        /// The record must be there until the batch is finished.
         template <class... Parents>
         void add(const Record &record, Parents... parents)
         {
-            if (m_hasFailed)
-                return;
-            QueryPreparer::bindRecord(*m_query, record, parents...);
-            if (m_query->step() != Statement::Step::Done)
-                fail();
-            m_query->reset();
+            m_rows[m_count++] = {&record, {parents...}};
+            if (m_count == m_rows.size()) {
+                insert(m_rows);
+                m_count = 0;
+            }
         }
 
-        [[nodiscard]] bool isDone() const { return !m_hasFailed; }
+        /// Inserts what is left; false if anything has failed.
+        [[nodiscard]] bool finish()
+        {
+            for (const Row &row : std::span(m_rows).first(std::exchange(m_count, 0)))
+                insert({&row, 1});
+            return !m_hasFailed;
+        }
 
     private:
-        void fail()
+        struct Row {
+            const Record *record;
+            std::array<quint32, parentCount<Record>> parents;
+        };
+
+        void insert(std::span<const Row> rows)
+        {
+            if (m_hasFailed)
+                return;
+            const Query query = m_database.m_preparer.prepareAdd<Record>(rows.size());
+            int position = 1;
+            for (const Row &row : rows)
+                position = QueryPreparer::bindRecord(*query, position, *row.record, row.parents);
+            if (query->step() != Statement::Step::Done)
+                fail(*query);
+        }
+
+        void fail(const Statement &statement)
         {
             m_hasFailed = true;
-            m_database.logFailure("execute batch error", *m_query);
-            m_database.logFailure(m_message, *m_query);
+            m_database.logFailure("execute batch error", statement);
+            m_database.logFailure(m_message, statement);
         }
 
         SQLiteDatabase &m_database;
-        Query m_query;
         const char *m_message;
+        std::array<Row, 16> m_rows;
+        std::size_t m_count = 0;
         bool m_hasFailed = false;
     };
-
-    template <class Record>
-    Batch<Record> batch(const char *message)
-    {
-        return {*this, m_preparer.prepareAdd<Record>(), message};
-    }
 
     /// Inserts one record, in place of a stored one.
     template <class Record>
     bool replace(const Record &record, const char *message)
     {
-        Query query = m_preparer.prepareAdd<Record>();
-        QueryPreparer::bindRecord(*query, record);
+        Query query = m_preparer.prepareAdd<Record>(1);
+        QueryPreparer::bindRecord(*query, 1, record, {});
         return run(std::move(query), message);
     }
 
     template <class Record>
     bool insertAll(std::span<const Record> records, const char *message)
     {
-        auto inserts = batch<Record>(message);
+        Batch<Record> inserts(*this, message);
         for (const Record &record : records)
             inserts.add(record);
-        return inserts.isDone();
+        return inserts.finish();
     }
 
     /// Calls `visit` with each row.
@@ -255,7 +275,6 @@ private:
 
     // Statements and steps that one kind alone has.
     Query prepareDeletePersonOfOrganization(quint32 id);
-    Query prepareAddLinks();
     Query prepareDeleteLinksOfSection(quint32 device, quint32 section);
     Query prepareUpdateDeviceFw(const Device &device);
     Query prepareGetEventById(quint32 id);

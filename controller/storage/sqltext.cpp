@@ -1,6 +1,7 @@
 #include "controller/storage/sqltext.h"
 
 #include <algorithm>
+#include <functional>
 #include <initializer_list>
 #include <iterator>
 
@@ -41,10 +42,11 @@ std::vector<TableColumn> primaryKeyOf(const Table &table)
     return key;
 }
 
-std::string insert(std::string_view verb, const Table &table)
+std::string insert(std::string_view verb, const Table &table, std::size_t rows = 1)
 {
-    const std::string markers = list(table.columns, [](const TableColumn &) { return "?"; });
-    return concatenated({verb, " ", table.name, " (", names(table.columns), ")VALUES (", markers, ")"});
+    const std::string row = concatenated({"(", list(table.columns, [](const TableColumn &) { return "?"; }), ")"});
+    const std::string values = list(std::vector(rows, row), std::identity());
+    return concatenated({verb, " ", table.name, " (", names(table.columns), ")VALUES ", values});
 }
 
 } // namespace
@@ -61,14 +63,10 @@ std::string createTable(const Table &table)
     return concatenated({"CREATE TABLE ", table.name, " (", columns, combinedKey, ")"});
 }
 
-std::string insertOrReplace(const Table &table)
+std::string insertOrReplace(const Table &table, std::size_t rows)
 {
-    return insert("INSERT OR REPLACE INTO", table);
-}
-
-std::string insertOrIgnore(const Table &table)
-{
-    return insert("INSERT OR IGNORE INTO", table);
+    const bool isKeyAlone = std::ranges::all_of(table.columns, &TableColumn::isPrimaryKey);
+    return insert(isKeyAlone ? "INSERT OR IGNORE INTO" : "INSERT OR REPLACE INTO", table, rows);
 }
 
 std::string upsert(const Table &table)

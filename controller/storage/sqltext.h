@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -38,15 +39,13 @@ struct Selection {
 
 std::string createTable(const Table &table);
 
-/// One marker per column, in the table's order; a stored row of the same key is replaced whole.
-std::string insertOrReplace(const Table &table);
+/// So many rows, of one marker per column in the table's order. A stored row of the same key is replaced whole, but
+/// left as it is where the key is all that it has.
+std::string insertOrReplace(const Table &table, std::size_t rows);
 
 /// One marker per column, in the table's order, and a last one for a bit mask: a stored row of the same key keeps the
 /// columns whose bit (counted from the first column) is not set.
 std::string upsert(const Table &table);
-
-/// A row that is stored already is left as it is.
-std::string insertOrIgnore(const Table &table);
 
 std::string select(const Selection &selection);
 std::string deleteFrom(std::string_view table);
