@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -14,6 +15,8 @@ class Text
 {
 public:
     explicit Text(std::u16string_view units);
+    /// Nothing unless these are well-formed characters of one UTF-16 unit each.
+    [[nodiscard]] static std::optional<Text> fromUtf8(std::string_view bytes);
     Text(const Text &other) : Text(other.view()) {}
     Text(Text &&other) noexcept
         : m_units(std::exchange(other.m_units, nullptr)), m_length(std::exchange(other.m_length, 0))
@@ -39,6 +42,9 @@ public:
     bool operator==(const Text &other) const { return view() == other.view(); }
 
 private:
+    /// A text of so many units, which are yet to be written.
+    explicit Text(std::size_t length);
+
     char16_t *m_units;
     std::size_t m_length;
 };

@@ -4,13 +4,13 @@
 
 #include <QString>
 
+#include <sqlite3.h>
+
 #include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
-
-struct sqlite3;
-struct sqlite3_stmt;
 
 namespace tarnelLib::controller {
 
@@ -60,25 +60,47 @@ public:
     [[nodiscard]] int errorCode() const { return m_errorCode; }
     [[nodiscard]] const QString &errorText() const { return m_errorText; }
 
-    [[nodiscard]] bool isNull(int column) const;
-    void read(int column, quint32 &value) const;
-    void read(int column, qint32 &value) const;
-    void read(int column, quint8 &value) const;
-    void read(int column, bool &value) const;
-    void read(int column, quint64 &value) const;
-    void read(int column, double &value) const;
-    void read(int column, std::optional<Text> &value) const;
+    [[nodiscard]] bool isNull(int column) const { return sqlite3_value_type(cell(column)) == SQLITE_NULL; }
+    template <class Value>
+    void read(int column, Value &value) const
+    {
+        value = toNumber<Value>(cell(column));
+    }
     template <class Value>
     void read(int column, std::optional<Value> &value) const
     {
-        if (!isNull(column))
-            read(column, value.emplace());
+        sqlite3_value *const held = cell(column);
+        if (sqlite3_value_type(held) == SQLITE_NULL)
+            return;
+        if constexpr (std::is_same_v<Value, Text>)
+            value = toText(held);
+        else
+            value = toNumber<Value>(held);
     }
 
     /// Ends a use of the statement: closes its cursor, which is a lock on the file, and lets go of what was bound.
     void reset();
 
 private:
+    /// The value in a column, fetched once for all that is asked of it. That needs no more protection than the
+    /// connection, which one thread at a time uses.
+    [[nodiscard]] sqlite3_value *cell(int column) const { return sqlite3_column_value(m_handle, column); }
+
+    template <class Value>
+    static Value toNumber(sqlite3_value *held)
+    {
+        if constexpr (std::is_same_v<Value, double>)
+            return sqlite3_value_double(held);
+        else if constexpr (std::is_same_v<Value, quint64>)
+            return toUnsigned(held);
+        else if constexpr (std::is_same_v<Value, bool>)
+            return sqlite3_value_int64(held) != 0;
+        else
+            return static_cast<Value>(sqlite3_value_int64(held));
+    }
+    static quint64 toUnsigned(sqlite3_value *held);
+    static Text toText(sqlite3_value *held);
+
     void keepBindError(int code);
     void keepError(int code, const char *attempt);
 
