@@ -150,45 +150,49 @@ private:
     std::uint64_t m_value = 0;
 };
 
+void release(api::Event *events, unsigned int count)
+{
+    freeEventsArray(events, count);
+}
+
+void release(api::Device *devices, unsigned int count)
+{
+    freeDevicesArray(devices, count);
+}
+
+void release(api::User *users, unsigned int count)
+{
+    freeUsersArray(users, count);
+}
+
+void release(api::Site *sites, unsigned int count)
+{
+    freeSitesArray(sites, count);
+}
+
+void release(api::Locale *locales, unsigned int count)
+{
+    freeLocalesArray(locales, count);
+}
+
 } // namespace
 
 Answers::~Answers()
 {
-    for (const auto &[first, count] : m_events)
-        freeEventsArray(first, count);
-    for (const auto &[first, count] : m_devices)
-        freeDevicesArray(first, count);
-    for (const auto &[first, count] : m_users)
-        freeUsersArray(first, count);
-    for (const auto &[first, count] : m_sites)
-        freeSitesArray(first, count);
+    forEachBlock([](const auto &block) { release(block.first, block.count); });
 }
 
 std::size_t Answers::count() const
 {
     std::size_t total = 0;
-    const auto addCounts = [&](const auto &blocks) {
-        for (const auto &block : blocks)
-            total += block.count;
-    };
-    addCounts(m_events);
-    addCounts(m_devices);
-    addCounts(m_users);
-    addCounts(m_sites);
+    forEachBlock([&](const auto &block) { total += block.count; });
     return total;
 }
 
 std::uint64_t Answers::digest() const
 {
     Digest digest;
-    const auto addBlocks = [&](const auto &blocks) {
-        for (const auto &block : blocks)
-            digest.add(std::span(block.first, block.count));
-    };
-    addBlocks(m_events);
-    addBlocks(m_devices);
-    addBlocks(m_users);
-    addBlocks(m_sites);
+    forEachBlock([&](const auto &block) { digest.add(std::span(block.first, block.count)); });
     return digest.value();
 }
 

@@ -2,7 +2,9 @@
 
 #include <tarnel/tarnel.h>
 
+#include <algorithm>
 #include <cstdint>
+#include <tuple>
 #include <vector>
 
 namespace bench {
@@ -18,10 +20,11 @@ public:
     Answers &operator=(const Answers &) = delete;
     ~Answers();
 
-    void keep(api::Event *events, unsigned int count) { m_events.push_back({events, count}); }
-    void keep(api::Device *devices, unsigned int count) { m_devices.push_back({devices, count}); }
-    void keep(api::User *users, unsigned int count) { m_users.push_back({users, count}); }
-    void keep(api::Site *sites, unsigned int count) { m_sites.push_back({sites, count}); }
+    template <class Api>
+    void keep(Api *first, unsigned int count)
+    {
+        std::get<Blocks<Api>>(m_blocks).push_back({first, count});
+    }
 
     /// How many records there are.
     [[nodiscard]] std::size_t count() const;
@@ -36,10 +39,19 @@ private:
         unsigned int count;
     };
 
-    std::vector<Block<api::Event>> m_events;
-    std::vector<Block<api::Device>> m_devices;
-    std::vector<Block<api::User>> m_users;
-    std::vector<Block<api::Site>> m_sites;
+    template <class Api>
+    using Blocks = std::vector<Block<Api>>;
+
+    /// Calls `visit` with each block of each kind.
+    template <class Visit>
+    void forEachBlock(Visit visit) const
+    {
+        const auto visitAll = [&](const auto &blocks) { std::for_each(blocks.begin(), blocks.end(), visit); };
+        std::apply([&](const auto &...blocks) { (visitAll(blocks), ...); }, m_blocks);
+    }
+
+    std::tuple<Blocks<api::Event>, Blocks<api::Device>, Blocks<api::User>, Blocks<api::Site>, Blocks<api::Locale>>
+        m_blocks;
 };
 
 } // namespace bench

@@ -93,6 +93,11 @@ void Library::getUser(unsigned int id, Answers &answers)
     keepOne<api::User>(answers, [&](api::User **user) { return ::getUser(user, id); });
 }
 
+void Library::getLocale(unsigned int id, Answers &answers)
+{
+    keepOne<api::Locale>(answers, [&](api::Locale **locale) { return ::getLocale(locale, id); });
+}
+
 void Library::getSite(unsigned int id, Answers &answers)
 {
     keepOne<api::Site>(answers, [&](api::Site **site) { return ::getSite(site, id); });

@@ -18,6 +18,7 @@ public:
     void getDevices(Answers &answers) override;
     void getDevice(unsigned int id, Answers &answers) override;
     void getUser(unsigned int id, Answers &answers) override;
+    void getLocale(unsigned int id, Answers &answers) override;
     void getSite(unsigned int id, Answers &answers) override;
     void updateUser(std::u16string_view request, Answers &answers) override;
 

@@ -26,6 +26,7 @@ public:
     virtual void getDevices(Answers &answers) = 0;
     virtual void getDevice(unsigned int id, Answers &answers) = 0;
     virtual void getUser(unsigned int id, Answers &answers) = 0;
+    virtual void getLocale(unsigned int id, Answers &answers) = 0;
     virtual void getSite(unsigned int id, Answers &answers) = 0;
     virtual void updateUser(std::u16string_view request, Answers &answers) = 0;
 };

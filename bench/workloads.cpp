@@ -294,6 +294,8 @@ std::vector<Workload> workloads(unsigned int divisor)
                     sites.count<generator::User>(), &Side::getUser),
         gettingOnes("W5c", "getSite", scaled(2000), sitesFixture(sites, true), generator::Site::firstId, siteCount,
                     &Side::getSite),
+        gettingOnes("W5d", "getLocale", scaled(10000), sitesFixture(sites, true), generator::Locale::firstId,
+                    sites.count<generator::Locale>(), &Side::getLocale),
         durableWrites(scaled(500), scaled(100000)),
         gettingShortLists(scaled(500), scaled(100000)),
         addingToFullTable(scaled(200), scaled(300000)),

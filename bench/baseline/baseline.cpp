@@ -138,6 +138,8 @@ Baseline::Baseline(const char *path)
       m_getLinksOfDevice(m_connection.handle(), rows::selectLinks + " WHERE DeviceUserSectionLinksDeviceId = ?"),
       m_getSite(m_connection.handle(), rows::selectSites + " WHERE SitesId = ?"),
       m_getUser(m_connection.handle(), rows::selectUsers + " WHERE UsersId = ?"),
+      m_getLocale(m_connection.handle(),
+                  "SELECT LocalesId,LocalesIso,LocalesDescription FROM Locales WHERE LocalesId = ?"),
       m_updateUser(m_connection.handle(), upsertUser)
 {
 }
@@ -214,6 +216,12 @@ void Baseline::getUser(unsigned int id, Answers &answers)
         rows::readUser(row, *user);
         answers.keep(user, 1);
     });
+}
+
+void Baseline::getLocale(unsigned int id, Answers &answers)
+{
+    m_getLocale.bind(1, sqlite3_int64{id});
+    m_getLocale.forEachRow([&](sqlite3_stmt *row) { answers.keep(rows::readLocale(row, 0), 1); });
 }
 
 void Baseline::updateUser(std::u16string_view request, Answers &answers)

@@ -37,6 +37,7 @@ public:
     void getDevices(Answers &answers) override;
     void getDevice(unsigned int id, Answers &answers) override;
     void getUser(unsigned int id, Answers &answers) override;
+    void getLocale(unsigned int id, Answers &answers) override;
     void getSite(unsigned int id, Answers &answers) override;
     void updateUser(std::u16string_view request, Answers &answers) override;
 
@@ -77,6 +78,7 @@ private:
     Statement m_getLinksOfDevice;
     Statement m_getSite;
     Statement m_getUser;
+    Statement m_getLocale;
     Statement m_updateUser;
 };
 

@@ -61,12 +61,7 @@ api::Domain *readDomain(sqlite3_stmt *row, int column)
     auto *domain = static_cast<api::Domain *>(allocate(sizeof(api::Domain)));
     domain->id = identifier(row, column);
     readAll(row, column + 1, domain->name, domain->orgId);
-    domain->locale = nullptr;
-    if (!isNull(row, column + 3)) {
-        domain->locale = static_cast<api::Locale *>(allocate(sizeof(api::Locale)));
-        domain->locale->id = identifier(row, column + 3);
-        readAll(row, column + 4, domain->locale->iso, domain->locale->description);
-    }
+    domain->locale = readLocale(row, column + 3);
     return domain;
 }
 
@@ -120,6 +115,16 @@ std::string selectEvents(const std::string &deviceJoin)
            "LEFT JOIN Zones ON EventsDeviceId = ZonesDeviceId AND EventsSectionId = ZonesSectionId "
            "AND EventsZoneId = ZonesZoneId "
            "LEFT JOIN Users ON EventsUserId = UsersId LEFT JOIN Domains ON UsersDomainId = DomainsId";
+}
+
+api::Locale *readLocale(sqlite3_stmt *row, int column)
+{
+    if (isNull(row, column))
+        return nullptr;
+    auto *locale = static_cast<api::Locale *>(allocate(sizeof(api::Locale)));
+    locale->id = identifier(row, column);
+    readAll(row, column + 1, locale->iso, locale->description);
+    return locale;
 }
 
 void readUser(sqlite3_stmt *row, api::User &user)

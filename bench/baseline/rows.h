@@ -59,6 +59,8 @@ const std::string selectSites =
 /// The select of events, in which `deviceJoin` says how they are joined with devices.
 std::string selectEvents(const std::string &deviceJoin);
 
+/// Three columns from the given one on; null if there is none, as of a join.
+api::Locale *readLocale(sqlite3_stmt *row, int column);
 void readUser(sqlite3_stmt *row, api::User &user);
 void readDevice(sqlite3_stmt *row, api::Device &device);
 void readSection(sqlite3_stmt *row, api::Section &section);
