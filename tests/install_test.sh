@@ -13,7 +13,7 @@ trap 'rm -rf "$work"' EXIT
 mv "$work/prefix" "$work/moved"
 prefix=$work/moved
 mkdir "$work/client"
-cp "$source/examples/client.c" "$source/tests/bindings.py" "$source/tests/installed/"* "$work/client"
+cp "$source/examples/client.c" "$source/examples/python/"*.py "$source/tests/installed/"* "$work/client"
 
 "$cmake" -S "$work/client" -B "$work/build" -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
 "$cmake" --build "$work/build" >/dev/null

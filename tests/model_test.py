@@ -13,7 +13,7 @@ import tempfile
 from collections import defaultdict
 from typing import Any, NamedTuple
 
-from bindings import Function, Library, Member
+from tarnel import Library, Member
 
 PARENTS = {"Section": ["device"], "DeviceUser": ["device"], "Zone": ["device", "section"]}
 ALTERNATIVE_ID = {"Section": "section", "Zone": "zone"}
@@ -25,15 +25,41 @@ NAMED_BY = {"domain": "domain", "contract": "contract_id", "location": "id"}
 OBJECTS = ("contact", "location")
 
 
+class Function(NamedTuple):
+    """A function that has to do with what is stored. A relaunch counts as one."""
+    name: str
+    family: str  # What functions of several kinds have alike; for others the name.
+    kind: str
+    roles: list[str]
+
+
 class Call(NamedTuple):
-    """A call with its texts and numbers, and which of its output pointers is occupied, if any."""
+    """A call with its texts and numbers."""
     function: Function
     arguments: list
-    occupied: int | None = None
 
     def __str__(self) -> str:
-        occupied = "" if self.occupied is None else f" with output pointer {self.occupied} occupied"
-        return f"  {self.function.name}({', '.join(map(str, self.arguments))}){occupied}"
+        return f"  {self.function.name}({', '.join(map(str, self.arguments))})"
+
+
+def functions(library: Library) -> list[Function]:
+    """All functions that have to do with what is stored."""
+    result = [Function("relaunch", "relaunch", "Event", [])]
+    for name, roles in library.roles.items():
+        alike = re.fullmatch(r"(add|get|update|delete)(\w+?)(s?)(?:Fw|ForSection)?(WithParams)?", name)
+        if alike and alike[2] in library.members and name != "getEvents":
+            result.append(Function(name, "filter" if alike[4] else alike[1] + alike[3], alike[2], roles))
+        elif not re.match("free|launch|exit|getState|getLaunch", name):
+            result.append(Function(name, name, "Site" if "Site" in name else "Event", roles))
+    return result
+
+
+def relaunch(library: Library) -> tuple[int, list]:
+    """Exits the cache, looks at what a client sees then, and launches it anew on its file."""
+    library.exit()
+    seen = [library.getState(), library.getLaunchCacheResult(), library.clearAll()]
+    library.launch()
+    return library.getLaunchCacheResult(), seen
 
 
 class Refusal(Exception):
@@ -77,8 +103,6 @@ class Model:
 
     def call(self, call: Call) -> tuple[int, list]:
         """The code of a call, and what each of its output pointers receives."""
-        if call.occupied is not None and call.function.name != "removeAffectFlag":
-            return 10, []
         try:
             return 0, self.carry_out(call.function.family, call.function.kind, *call.arguments)
         except Refusal as refusal:
@@ -277,13 +301,14 @@ class Generator:
                                   "null", "y" * 300]
     BOUNDS = [-1, 1.9, 255, 256, 300, 65535, 2147483647, 2147483648, 4294967295, 4294967296, 1e15, -2147483648]
     REALS = [-0.5, 55.751244, 1e-7, -179.99999999999997, 90]
+    UNKNOWN_KEYS = ["", "Id", "id ", "UsersId", "1=1 OR id", "zones", "device", "section", "nothing"]
     DAMAGES = [None, True, 7, "7", [], {}, [7], {"id": 1}]
     WEIGHTS = {"add": 8, "adds": 8, "update": 5, "delete": 5, "clearAll": 1, "clearAllExceptEvents": 1, "relaunch": 1}
 
     def __init__(self, seed: int, library: Library):
         source = random.Random(seed)
         self.pick, self.below, self.choices = source.choice, source.randrange, source.choices
-        self.members, self.functions = library.members, library.functions()
+        self.members, self.functions = library.members, functions(library)
 
     def one_in(self, count: int) -> bool:
         return self.below(count) == 0
@@ -339,14 +364,13 @@ class Generator:
         texts = []
         if function.family == "filter":
             member = self.pick(self.members[function.kind])
-            key = self.pick(["", "Name", "device", "nothing"]) if self.one_in(10) else member.key
+            key = self.pick(self.UNKNOWN_KEYS) if self.one_in(10) else member.key
             is_text = (member.type is ctypes.c_ushort) != self.one_in(4)
             texts = [key, self.pick(self.TEXTS) if is_text else json.dumps(self.number(ctypes.c_int, 8))]
         elif "text" in function.roles:
             texts = [self.pick(self.TEXTS) if function.name == "setServerIp" else self.request(function)]
         numbers = [0xFFFFFFFF if self.one_in(20) else self.below(3) for role in function.roles if role == "number"]
-        outs = function.roles.count("out")
-        return Call(function, texts + numbers, self.below(outs) if outs and self.one_in(40) else None)
+        return Call(function, texts + numbers)
 
     def program(self) -> list[Call]:
         """Most programs dwell on some kinds of record, which thus fill up; the others see all of them together."""
@@ -372,7 +396,8 @@ def difference(library: Library, program: list[Call]) -> tuple | None:
     model = Model(library.members)
     for call in program:
         expected = model.call(call)
-        code, contents = library.call(call.function.name, *call.arguments, occupied=call.occupied)
+        is_relaunch = call.function.name == "relaunch"
+        code, contents = relaunch(library) if is_relaunch else library.call(call.function.name, *call.arguments)
         if code == 0 and "count" in call.function.roles and call.function.name != "addEvents":
             contents[0].sort(key=lambda record: record["id"])  # They come in no particular order.
         if (code, contents) != expected:

@@ -1,4 +1,15 @@
-"""The library for Python, through ctypes and what its header declares."""
+"""The library for Python, through ctypes and what its header declares: needs nothing but both of them.
+
+    from tarnel import Library
+
+    tarnel = Library("libTarnelLib.so.0", "/usr/include/tarnel/tarnel.h")
+    tarnel.launch()
+    code, _ = tarnel.call("addUsers", '{"D": {"items": [{"id": 7, "name": "Ada"}]}}')
+    code, [user] = tarnel.call("getUser", 7)  # {"id": 7, "name": "Ada", "login": None, ...}
+    tarnel.exit()
+
+The header says what each function does, takes and returns.
+"""
 
 import ctypes
 import re
@@ -11,10 +22,8 @@ from typing import Any, NamedTuple
 TYPES = {"void": None, "bool": ctypes.c_bool, "double": ctypes.c_double, "int": ctypes.c_int,
          "unsigned char": ctypes.c_ubyte, "unsigned int": ctypes.c_uint, "unsigned long long": ctypes.c_ulonglong,
          "unsigned short": ctypes.c_ushort}
-UNTOUCHED = 4711
 
 libc = ctypes.CDLL(None)
-libc.calloc.restype = ctypes.c_void_p
 libc.free.argtypes, libc.free.restype = [ctypes.c_void_p], None
 
 
@@ -27,12 +36,11 @@ class Member(NamedTuple):
     is_list: bool
 
 
-class Function(NamedTuple):
-    """A function that has to do with what is stored."""
-    name: str
-    family: str  # What functions of several kinds have alike; for others the name.
-    kind: str
-    roles: list[str]  # What the parameters are: "text" and its "length", "number", "count", "out".
+class Prepared(NamedTuple):
+    """The arguments of a call, and those of them that it writes to."""
+    arguments: list
+    outs: list
+    count: ctypes.c_uint
 
 
 class Library(ctypes.CDLL):
@@ -71,78 +79,60 @@ class Library(ctypes.CDLL):
             return "length" if former[-1:] == ["text"] else "number"
         return {ctypes.POINTER(ctypes.c_ushort): "text", ctypes.POINTER(ctypes.c_uint): "count"}.get(kind, "out")
 
-    def functions(self) -> list[Function]:
-        """All of these functions; the relaunch counts as one."""
-        result = [Function("relaunch", "relaunch", "Event", [])]
-        for name, roles in self.roles.items():
-            alike = re.fullmatch(r"(add|get|update|delete)(\w+?)(s?)(?:Fw|ForSection)?(WithParams)?", name)
-            if alike and alike[2] in self.members and name != "getEvents":
-                result.append(Function(name, "filter" if alike[4] else alike[1] + alike[3], alike[2], roles))
-            elif not re.match("free|launch|exit|getState|getLaunch", name):
-                result.append(Function(name, name, "Site" if "Site" in name else "Event", roles))
-        return result
-
     def launch(self) -> None:
-        """Starts the cache on a thread of its own."""
+        """Starts the cache on a thread of its own, and waits until it runs."""
         self.thread = threading.Thread(target=self.launchCache, daemon=True)
         self.thread.start()
         while self.getState() != 2:
             time.sleep(0.0002)
 
     def exit(self) -> None:
+        """Exits the cache, and waits for the launch to end."""
         self.exitCache()
         self.thread.join()
 
-    def relaunch(self) -> tuple[int, list]:
-        """Exits the cache, looks at what a client sees then, and launches it anew on its file."""
-        self.exit()
-        seen = [self.getState(), self.getLaunchCacheResult(), self.clearAll()]
-        self.launch()
-        return self.getLaunchCacheResult(), seen
+    def call(self, name: str, *given: Any) -> tuple[int, list]:
+        """Calls a function with its texts and numbers; returns its code and, if that is 0, what it handed out.
 
-    def call(self, name: str, *given: Any, occupied: int | None = None) -> tuple[int, list]:
-        """Calls a function, or `relaunch`, with its texts and numbers; returns its code and what it handed out.
-
-        For each output pointer that is a record, a list of them, a text or nothing, and it is released. One of the
-        pointers can be occupied: by a block of its own, which the library may release.
+        That is, for each output pointer, a record, a list of records, a text or None. It has been released already.
         """
-        if name == "relaunch":
-            return self.relaunch()
+        prepared = self.prepare(name, given)
+        code = getattr(self, name)(*prepared.arguments)
+        return code, self.taken(name, prepared) if code == 0 else []
+
+    def prepare(self, name: str, given: Any) -> Prepared:
+        """The arguments of a call from its texts and numbers."""
         rest = iter(given)
-        arguments, outs, number = [], [], ctypes.c_uint(UNTOUCHED)
+        prepared = Prepared([], [], ctypes.c_uint())
         for role, kind in zip(self.roles[name], getattr(self, name).argtypes):
             if role == "text":
-                arguments.extend(to_text(next(rest)))
+                prepared.arguments.extend(to_text(next(rest)))
             elif role == "number":
-                arguments.append(next(rest))
+                prepared.arguments.append(next(rest))
             elif role == "count":
-                arguments.append(ctypes.byref(number))
+                prepared.arguments.append(ctypes.byref(prepared.count))
             elif role == "out":
-                outs.append(ctypes.cast(libc.calloc(1, 256) if len(outs) == occupied else None, kind._type_))
-                arguments.append(ctypes.byref(outs[-1]))
-        before = [ctypes.cast(out, ctypes.c_void_p).value for out in outs]
-        code = getattr(self, name)(*arguments)
-        if code == 0:
-            return code, [self.taken(out, number.value if "count" in self.roles[name] else None) for out in outs]
-        if [ctypes.cast(out, ctypes.c_void_p).value for out in outs] != before or number.value != UNTOUCHED:
-            return code, ["handed out in spite of the code"]
-        for block in before:
-            libc.free(block)
-        return code, []
+                prepared.outs.append(kind._type_())
+                prepared.arguments.append(ctypes.byref(prepared.outs[-1]))
+        return prepared
 
-    def taken(self, out: Any, number: int | None) -> Any:
-        """What was handed out, after its release."""
-        if not out:
-            return None
-        kind = out._type_.__name__
-        if kind not in self.members:
-            content, code = from_text(out), libc.free(out) or 0
-        elif number is None:
-            content, code = self.content(out[0]), getattr(self, f"free{kind}")(out)
-        else:
-            content = [self.content(out[i]) for i in range(number)]
-            code = getattr(self, f"free{kind}sArray")(out, number)
-        return content if code == 0 else f"not released: {code}"
+    def taken(self, name: str, prepared: Prepared) -> list:
+        """What a call has handed out, after its release."""
+        contents = []
+        for out in prepared.outs:
+            kind, code = out._type_.__name__, 0
+            if kind in self.members and "count" in self.roles[name]:
+                contents.append([self.content(out[i]) for i in range(prepared.count.value)])
+                code = getattr(self, f"free{kind}sArray")(out, prepared.count)
+            elif kind in self.members:
+                contents.append(self.content(out[0]))
+                code = getattr(self, f"free{kind}")(out)
+            else:
+                contents.append(from_text(out) if out else None)
+                libc.free(out)
+            if code != 0:
+                raise RuntimeError(f"what {name} has handed out is not released: {code}")
+        return contents
 
     def content(self, value: Any) -> Any:
         """A structure as a dictionary by the names of its members; any other value as it is."""
@@ -151,9 +141,7 @@ class Library(ctypes.CDLL):
         record = {}
         for member in self.members[type(value).__name__]:
             item = getattr(value, member.name)
-            if member.is_list and bool(item) != bool(getattr(value, f"{member.name}Count")):
-                record[member.name] = "a count that does not fit"
-            elif member.is_pointer and not item:
+            if member.is_pointer and not item:
                 record[member.name] = None
             elif member.is_list:
                 record[member.name] = [self.content(part) for part in item[:getattr(value, f"{member.name}Count")]]
