@@ -19,8 +19,7 @@ REQUEST = json.dumps({"D": RECORD | {"items": [RECORD]}})
 
 def expect(codes: tuple, name: str, arguments: list) -> None:
     code = getattr(library, name)(*arguments)
-    if code not in codes:
-        sys.exit(f"{name}({', '.join(map(str, arguments))}) returned {code} instead of {codes}")
+    assert code in codes, f"{name}({', '.join(map(str, arguments))}) returned {code} instead of {codes}"
 
 
 def right_arguments(name: str) -> list:
@@ -37,8 +36,7 @@ def expect_refusals(name: str) -> None:
             arguments = right_arguments(name)
             arguments[position] = ctypes.cast(value, kind) if value is occupied else value
             expect((10,), name, arguments)
-            if taken.value != 4711:
-                sys.exit(f"{name} has replaced what was in its output")
+            assert taken.value == 4711, f"{name} has replaced what was in its output"
 
 
 library = Library(*map(os.path.abspath, sys.argv[1:]))

@@ -2,47 +2,39 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <codecvt>
+#include <cstdlib>
+#include <fstream>
 #include <locale>
-#include <stdexcept>
+#include <sstream>
 
 namespace client {
 
 namespace fs = std::filesystem;
 
-namespace {
-
 using Converter = std::wstring_convert<std::codecvt_utf8_utf16<char16_t>, char16_t>;
 
-} // namespace
-
-Text::Text(std::string_view utf8) : m_units(Converter().from_bytes(utf8.data(), utf8.data() + utf8.size())) {}
+Argument::Argument(const std::string &utf8) : m_units(Converter().from_bytes(utf8)) {}
 
 std::string utf8(const unsigned short *text)
 {
     // The first argument is what a text that is not Unicode is turned into.
-    return text == nullptr ? "(null)"
-                           : Converter("(not Unicode)", u"").to_bytes(reinterpret_cast<const char16_t *>(text));
+    return Converter("(not Unicode)", u"").to_bytes(reinterpret_cast<const char16_t *>(text));
 }
 
 bool waitUntil(const std::function<bool()> &condition)
 {
-    using namespace std::chrono_literals;
-    const auto end = std::chrono::steady_clock::now() + 10s;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > end)
-            return false;
-        std::this_thread::sleep_for(200us);
-    }
-    return true;
+    for (int wait = 0; wait < 40000 && !condition(); ++wait)
+        std::this_thread::sleep_for(std::chrono::microseconds(200));
+    return condition();
 }
 
-TemporaryDirectory::TemporaryDirectory() : m_former(fs::current_path())
+TemporaryDirectory::TemporaryDirectory()
 {
     std::string name = (fs::temp_directory_path() / "tarnel-XXXXXX").string();
-    if (::mkdtemp(name.data()) == nullptr)
-        throw std::runtime_error("no temporary directory");
+    EXPECT_NE(::mkdtemp(name.data()), nullptr);
     m_path = name;
     fs::current_path(m_path);
 }
@@ -53,19 +45,46 @@ TemporaryDirectory::~TemporaryDirectory()
     fs::remove_all(m_path);
 }
 
-RunningCache::RunningCache() : m_thread(launchCache)
+RunningCache::RunningCache()
 {
-    if (waitUntil([] { return getState() == TARNEL_STATE_RUNNING; }))
-        return;
-    exitCache();
-    m_thread.join();
-    throw std::runtime_error("the cache does not start");
+    EXPECT_TRUE(waitUntil([] { return getState() == TARNEL_STATE_RUNNING; })) << "the cache does not start";
 }
 
 RunningCache::~RunningCache()
 {
     exitCache();
     m_thread.join();
+}
+
+unsigned int setting(const char *name, unsigned int otherwise)
+{
+    const char *value = std::getenv(name);
+    return value != nullptr ? static_cast<unsigned int>(std::atoi(value)) : otherwise;
+}
+
+std::string readData(const std::string &name)
+{
+    std::ifstream file(TARNEL_DATA + name);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::vector<Case> readCases(const std::string &name)
+{
+    std::vector<Case> cases;
+    std::istringstream lines(readData(name));
+    for (std::string line; std::getline(lines, line);) {
+        line.erase(std::min(line.size(), line.find("   # ")));
+        if (line.starts_with('['))
+            cases.push_back({line.substr(1, line.size() - 2), {}});
+        else if (!line.empty() && !line.starts_with('#'))
+            cases.back().lines.push_back(line);
+    }
+    return cases;
+}
+
+void PrintTo(const Case &shown, std::ostream *stream)
+{
+    *stream << shown.name;
 }
 
 } // namespace client

@@ -2,26 +2,27 @@
 
 #include <tarnel/tarnel.h>
 
+#include <gtest/gtest.h>
+
 #include <filesystem>
 #include <functional>
-#include <memory>
 #include <string>
-#include <string_view>
 #include <thread>
+#include <vector>
 
 /// A client of the library, as the tests need one: everything goes through the public header.
 namespace client {
 
 namespace api = tarnelLib::api;
 
-/// A text as the library takes it: pointer and length. Made from UTF-8.
-class Text
+/// What a call is given: a text with its length, made from UTF-8, or a number.
+class Argument
 {
 public:
-    Text(std::string_view utf8);
-    Text(const char *utf8) : Text(std::string_view(utf8)) {}
-    Text(const std::string &utf8) : Text(std::string_view(utf8)) {}
-    explicit Text(std::u16string units) : m_units(std::move(units)) {}
+    Argument(const std::string &utf8);
+    Argument(const char *utf8) : Argument(std::string(utf8)) {}
+    Argument(unsigned int value) : number(value) {}
+    Argument(int value) : Argument(static_cast<unsigned int>(value)) {}
 
     [[nodiscard]] const unsigned short *units() const
     {
@@ -29,14 +30,16 @@ public:
     }
     [[nodiscard]] unsigned int length() const { return static_cast<unsigned int>(m_units.size()); }
 
+    unsigned int number = 0;
+
 private:
     std::u16string m_units;
 };
 
-/// A text that the library handed out, as UTF-8; "(null)" for a null pointer, "(not Unicode)" for a lone surrogate.
+/// A text that the library handed out, as UTF-8.
 std::string utf8(const unsigned short *text);
 
-/// Waits until `condition` holds; false if that takes longer than ten seconds.
+/// Waits until `condition` holds; false if that takes some ten seconds.
 bool waitUntil(const std::function<bool()> &condition);
 
 /// An empty directory that is the current one for as long as the object lives.
@@ -49,36 +52,39 @@ public:
     ~TemporaryDirectory();
 
 private:
-    std::filesystem::path m_former;
+    std::filesystem::path m_former = std::filesystem::current_path();
     std::filesystem::path m_path;
 };
 
-/// A cache that runs on a thread of its own, in the current directory.
+/// A test in an empty directory.
+class DirectoryTest : public testing::Test
+{
+    TemporaryDirectory m_directory;
+};
+
+/// A cache that runs on a thread of its own, in the current directory, until the object goes.
 class RunningCache
 {
 public:
-    /// Returns when the cache is running.
     RunningCache();
-    RunningCache(const RunningCache &) = delete;
-    RunningCache &operator=(const RunningCache &) = delete;
-    /// Exits the cache and waits for the launch to end.
     ~RunningCache();
 
 private:
-    std::thread m_thread;
+    std::thread m_thread{launchCache};
 };
 
-/// Releases what the library hands out, with the free function of its kind.
-template <auto Free>
-struct Releaser {
-    template <class Api>
-    void operator()(Api *structure) const
-    {
-        Free(structure);
-    }
+/// A number from the environment, so that one binary serves both a quick run and a thorough one.
+unsigned int setting(const char *name, unsigned int otherwise);
+
+/// A file in `data`.
+std::string readData(const std::string &name);
+
+/// Lines of such a file with the name that stands in brackets above them.
+struct Case {
+    std::string name;
+    std::vector<std::string> lines;
 };
-using LocalePointer = std::unique_ptr<api::Locale, Releaser<freeLocale>>;
-using DomainPointer = std::unique_ptr<api::Domain, Releaser<freeDomain>>;
-using UserPointer = std::unique_ptr<api::User, Releaser<freeUser>>;
+std::vector<Case> readCases(const std::string &name);
+void PrintTo(const Case &shown, std::ostream *stream);
 
 } // namespace client

@@ -3,49 +3,44 @@
 
 #include <QSqlDatabase>
 #include <QStringList>
-#include <gtest/gtest.h>
-#include <sys/prctl.h>
-#include <sys/socket.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <csignal>
 #include <fstream>
 #include <set>
+#include <sstream>
 
 /// The file "CacheDb": what it holds, how a launch finds it, and what becomes of it.
 namespace client {
 
+namespace {
+
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
-
-namespace {
+using Names = std::set<std::string>;
 
 void write(const std::string &path, const std::string &content)
 {
     std::ofstream(path, std::ios::binary) << content;
 }
 
-std::string contentOf(const std::string &path)
+Names filesHere()
 {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-std::set<std::string> filesHere()
-{
-    std::set<std::string> names;
+    Names names;
     for (const fs::directory_entry &entry : fs::directory_iterator(fs::current_path()))
         names.insert(entry.path().filename());
     return names;
 }
 
-unsigned int modeOf(const char *path)
+struct stat statusOf(const char *path)
 {
     struct stat status = {};
-    return ::stat(path, &status) == 0 ? status.st_mode & 07777U : 0;
+    EXPECT_EQ(::stat(path, &status), 0) << path;
+    return status;
 }
 
 /// Launches the cache once, does something while it runs, and gives the launch result.
@@ -56,276 +51,133 @@ unsigned int launch(const std::function<void()> &whileRunning = [] {})
     return getLaunchCacheResult();
 }
 
-/// A process of its own that does something and tells when it has, and then stays until it is killed.
-class Child
+void addUser(unsigned int id)
 {
-public:
-    explicit Child(const std::function<void(int)> &work)
-    {
-        if (::pipe(m_pipe) != 0)
-            throw std::runtime_error("no pipe");
-        m_process = ::fork();
-        if (m_process != 0) {
-            ::close(m_pipe[1]);
-            return;
-        }
-        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-        work(m_pipe[1]);
-        while (true)
-            ::pause();
-    }
-    Child(const Child &) = delete;
-    Child &operator=(const Child &) = delete;
-    ~Child()
-    {
-        kill();
-        ::close(m_pipe[0]);
-    }
-
-    /// The next number that the process has told; 0 after its end.
-    [[nodiscard]] unsigned int next() const
-    {
-        unsigned int number = 0;
-        return ::read(m_pipe[0], &number, sizeof number) == sizeof number ? number : 0;
-    }
-
-    void kill()
-    {
-        if (m_process <= 0)
-            return;
-        ::kill(m_process, SIGKILL);
-        ::waitpid(std::exchange(m_process, 0), nullptr, 0);
-    }
-
-private:
-    int m_pipe[2] = {-1, -1};
-    pid_t m_process = 0;
-};
-
-void tell(int pipe, unsigned int number)
-{
-    if (::write(pipe, &number, sizeof number) != sizeof number)
-        ::_exit(1);
+    ASSERT_EQ(call("addUsers", {items(R"({"id":)" + std::to_string(id) + "}")}), "0");
 }
 
 } // namespace
 
-TEST(Database, isCreatedAsEveryFileIs)
+using Database = DirectoryTest;
+
+TEST_F(Database, isCreatedAsEveryFileIs)
 {
-    const TemporaryDirectory directory;
-    EXPECT_EQ(launch([] {
-                  const std::string index = "CREATE INDEX EventsTimeIndex ON Events (EventsTime)\n";
-                  const std::string schema = "SELECT sql FROM sqlite_master WHERE sql NOT NULL ORDER BY rowid";
-                  EXPECT_EQ(ask(schema), contentOf(TARNEL_DATA "/schema.sql"));
-                  EXPECT_EQ(call("addEvent", {item(R"({"id":1})")}), "0 1");
-                  EXPECT_EQ(ask(schema), contentOf(TARNEL_DATA "/schema.sql") + index);
-              }),
-              100U);
-    EXPECT_EQ(ask("SELECT * FROM Version"), "0|0.1\n");
-    EXPECT_EQ(launch(), 0U);
+    const std::string schema = readData("schema.sql");
+    const std::string statements = "SELECT sql FROM sqlite_master WHERE sql NOT NULL ORDER BY rowid";
+    launch([&] {
+        EXPECT_EQ(ask(statements), schema);
+        EXPECT_EQ(QSqlDatabase::connectionNames(), QStringList("")) << "as its clients have been told";
+        EXPECT_EQ(call("addEvent", {item(R"({"id":1})")}), "0 1");
+        EXPECT_EQ(ask(statements), schema + "CREATE INDEX EventsTimeIndex ON Events (EventsTime)\n");
+    });
+    write("CacheDb", "garbage");
+    launch([] { EXPECT_TRUE(QSqlDatabase::contains("CacheDb")) << "when it is made anew"; });
 }
 
-TEST(Database, isReadableByItsOwnerAlone)
+TEST_F(Database, isReadableByItsOwnerAlone)
 {
-    const TemporaryDirectory directory;
     const mode_t former = ::umask(0);
     launch([] {
-        EXPECT_EQ(modeOf("CacheDb"), 0600U);
-        EXPECT_EQ(modeOf("CacheDb-wal"), 0600U);
+        for (const char *path : {"CacheDb", "CacheDb-wal"})
+            EXPECT_EQ(statusOf(path).st_mode & 07777U, 0600U);
     });
     EXPECT_EQ(::umask(former), 0U) << "the umask is the client's";
     ::chmod("CacheDb", 0640);
-    EXPECT_EQ(launch(), 0U);
-    EXPECT_EQ(modeOf("CacheDb"), 0640U) << "an existing file keeps its mode";
+    launch();
+    EXPECT_EQ(statusOf("CacheDb").st_mode & 07777U, 0640U) << "an existing file keeps its mode";
 }
 
-TEST(Database, connectionsSettingsAreWhatIsReliedOn)
+TEST(DatabaseFile, isJudgedByWhatLiesAtItsName)
 {
-    const TemporaryDirectory directory;
-    static sqlite3 *connection = nullptr;
-    const auto keep = [](sqlite3 *opened, char **, const void *) {
-        connection = opened;
-        return SQLITE_OK;
+    const std::pair<std::string, unsigned int> findings[] = {
+        {"rm CacheDb", 100},
+        {"printf '' >CacheDb", 103},
+        {"head -c 100000 /dev/zero >CacheDb", 103},
+        {"truncate -s 512 CacheDb", 103},
+        {"rm CacheDb; python3 -c 'import os; os.mknod(\"CacheDb\", 0o140600)' # a socket", 102},
+        {"rm CacheDb; mkdir CacheDb", 6},
+        {"rm CacheDb; ln -s nowhere CacheDb", 6},
     };
-    int (*const keepConnection)(sqlite3 *, char **, const void *) = keep;
-    sqlite3_auto_extension(reinterpret_cast<void (*)()>(keepConnection));
-    launch([] {
-        sqlite3_reset_auto_extension();
-        for (const auto &[setting, value] : std::vector<std::pair<std::string, std::string>>{{"journal_mode", "wal"},
-                                                                                             {"synchronous", "2"},
-                                                                                             {"busy_timeout", "5000"},
-                                                                                             {"foreign_keys", "0"},
-                                                                                             {"secure_delete", "1"},
-                                                                                             {"encoding", "UTF-8"},
-                                                                                             {"locking_mode", "normal"},
-                                                                                             {"query_only", "0"}}) {
-            const auto compare = [](void *expected, int, char **columns, char **) {
-                EXPECT_EQ(columns[0], *static_cast<const std::string *>(expected));
-                return 0;
-            };
-            std::string expected = value;
-            EXPECT_EQ(sqlite3_exec(connection, ("PRAGMA " + setting).c_str(), compare, &expected, nullptr), SQLITE_OK);
-        }
-    });
-}
-
-TEST(Database, firstConnectionHasTheEmptyName)
-{
-    const TemporaryDirectory directory;
-    launch([] { EXPECT_EQ(QSqlDatabase::connectionNames(), QStringList("")); });
-    write("CacheDb", "garbage");
-    launch([] { EXPECT_TRUE(QSqlDatabase::contains("CacheDb")) << "a recreated one is opened under the file's name"; });
-}
-
-TEST(Database, isJudgedByWhatLiesAtItsName)
-{
-    struct Finding {
-        std::string name;
-        std::function<void()> place;
-        unsigned int result;
-    };
-    const auto ask = [](const std::string &statements) {
-        return [statements] {
-            launch();
-            client::ask(statements);
-        };
-    };
-    std::vector<Finding> findings{
-        {"nothing", [] {}, 100},
-        {"a cache", [] { launch(); }, 0},
-        {"a cache with unknown tables", ask("CREATE TABLE Later (LaterId)"), 0},
-        {"another version", ask("UPDATE Version SET VersionNumber = '0.2'"), 103},
-        {"a longer version", ask("UPDATE Version SET VersionNumber = '0.10'"), 103},
-        {"no version", ask("DELETE FROM Version"), 103},
-        {"no version text", ask("UPDATE Version SET VersionNumber = NULL"), 103},
-        {"no version table", ask("DROP TABLE Version"), 103},
-        {"no version column", ask("ALTER TABLE Version RENAME COLUMN VersionNumber TO Other"), 103},
-        {"a table without a column", ask("ALTER TABLE Users DROP COLUMN UsersPhone"), 101},
-        {"an empty file", [] { write("CacheDb", ""); }, 103},
-        {"garbage", [] { write("CacheDb", std::string(100000, 'x')); }, 103},
-        {"half a cache",
-         [] {
-             launch();
-             fs::resize_file("CacheDb", 512);
-         },
-         103},
-        {"a directory", [] { fs::create_directory("CacheDb"); }, 6},
-        {"a link to nothing", [] { fs::create_symlink("nowhere", "CacheDb"); }, 6},
-        {"a socket",
-         [] {
-             const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
-             const sockaddr_un address{AF_UNIX, "CacheDb"};
-             EXPECT_EQ(::bind(socket, reinterpret_cast<const sockaddr *>(&address), sizeof address), 0);
-             ::close(socket);
-         },
-         102}};
-    {
+    for (const auto &finding : findings) {
+        SCOPED_TRACE(finding.first);
         const TemporaryDirectory directory;
         launch();
-        for (const std::string &table : tables()) {
-            if (table != "Version")
-                findings.push_back({"no table " + table, ask("DROP TABLE " + table), 101});
-        }
-    }
-    for (const Finding &finding : findings) {
-        SCOPED_TRACE(finding.name);
-        const TemporaryDirectory directory;
-        finding.place();
-        const std::set<std::string> before = filesHere();
-        EXPECT_EQ(launch(), finding.result);
-        EXPECT_EQ(filesHere(), finding.result == 6 ? before : std::set<std::string>{"CacheDb"});
-    }
-}
-
-TEST(Database, recreatedDatabaseHasNoTables)
-{
-    const TemporaryDirectory directory;
-    write("CacheDb", "garbage");
-    const auto callAll = [] {
-        for (const Export &function : exports()) {
-            const bool isReadFirst = function.name.starts_with("delete") || function.name == "removeAffectFlag";
-            if (function.needsCache()) {
-                EXPECT_EQ(function.callWith(1), function.isRead() || isReadFirst ? "7" : "9") << function.name;
+        ASSERT_EQ(std::system(finding.first.c_str()), 0);
+        const Names before = filesHere();
+        // The cache runs, whatever it could make of the file.
+        const auto callAll = [&] {
+            for (const Export &function : exports()) {
+                const bool isReadFirst =
+                    function.isRead() || function.name.starts_with("delete") || function.name == "removeAffectFlag";
+                if (finding.second != 100) {
+                    EXPECT_EQ(function.callWith(1), isReadFirst ? "7" : "9") << function.name;
+                }
             }
-        }
-    };
-    EXPECT_EQ(launch(callAll), 103U);
-    EXPECT_TRUE(tables().empty());
-    fs::remove("CacheDb");
-    EXPECT_EQ(launch([] { EXPECT_EQ(call("addUsers", {items(R"({"id":1})")}), "0"); }), 100U);
-    fs::remove("CacheDb");
-    fs::create_directory("CacheDb");
-    EXPECT_EQ(launch(callAll), 6U) << "a cache without a database runs and fails";
-}
-
-TEST(Database, takesItsSideFilesAlong)
-{
-    for (const bool isThere : {true, false}) {
-        const TemporaryDirectory directory;
-        launch();
-        if (isThere)
-            ask("DELETE FROM Version");
-        else
-            fs::remove("CacheDb");
-        for (const char *name : {"CacheDb-wal", "CacheDb-shm", "CacheDb-journal"})
-            write(name, std::string(5000, 'x'));
-        EXPECT_EQ(launch([] { EXPECT_FALSE(fs::exists("CacheDb-journal")); }), isThere ? 103U : 100U);
-        EXPECT_EQ(filesHere(), std::set<std::string>{"CacheDb"});
+        };
+        EXPECT_EQ(launch(callAll), finding.second);
+        EXPECT_EQ(filesHere(), finding.second == 6 ? before : Names{"CacheDb"});
     }
 }
 
-TEST(Database, lockedOneIsNeverDeleted)
+TEST_F(Database, withoutOneOfItsTablesIsMadeAnew)
 {
-    const TemporaryDirectory directory;
-    launch([] { EXPECT_EQ(call("addUsers", {items(R"({"id":1,"name":"kept"})")}), "0"); });
-    const std::string content = contentOf("CacheDb");
+    launch();
+    std::istringstream tables(ask("SELECT name FROM sqlite_master WHERE type = 'table'"));
+    for (std::string table; tables >> table;) {
+        ask("DROP TABLE " + table);
+        EXPECT_EQ(launch(), table == "Version" ? 103U : 101U) << table;
+        EXPECT_EQ(content(), "") << table;
+        fs::remove("CacheDb");
+        EXPECT_EQ(launch(), 100U);
+    }
+}
+
+TEST_F(Database, lockedOneIsNeverDeleted)
+{
+    launch([] { addUser(1); });
+    const auto inode = statusOf("CacheDb").st_ino;
     {
-        const Child child([](int pipe) {
-            sqlite3 *connection = nullptr;
-            sqlite3_open("CacheDb", &connection);
-            tell(pipe, sqlite3_exec(connection, "PRAGMA locking_mode = EXCLUSIVE; BEGIN EXCLUSIVE", nullptr, nullptr,
-                                    nullptr) == SQLITE_OK);
-        });
-        ASSERT_EQ(child.next(), 1U);
-        const auto start = std::chrono::steady_clock::now();
+        Connection foreign;
+        foreign.ask("PRAGMA locking_mode = EXCLUSIVE; BEGIN EXCLUSIVE");
+        const auto begin = std::chrono::steady_clock::now();
         EXPECT_EQ(launch(), 6U);
-        EXPECT_LT(std::chrono::steady_clock::now() - start, 7s);
-        EXPECT_EQ(contentOf("CacheDb"), content);
+        EXPECT_LT(std::chrono::steady_clock::now() - begin, 7s);
     }
-    EXPECT_EQ(launch([] { EXPECT_EQ(call("getUser", {1}), "0 1|kept"); }), 0U);
+    EXPECT_EQ(statusOf("CacheDb").st_ino, inode);
+    EXPECT_EQ(launch([] { EXPECT_EQ(call("getUsers"), "0 1"); }), 0U);
 }
 
-TEST(Database, isCompleteInOneFileWithinTwoSecondsOfAWrite)
+TEST_F(Database, isCompleteInOneFileWithinTwoSecondsOfAWrite)
 {
-    const TemporaryDirectory directory;
     const RunningCache cache;
     const auto end = std::chrono::steady_clock::now() + 2s;
     // Writing that goes on must not put it off.
-    for (int id = 1; std::chrono::steady_clock::now() < end; ++id) {
-        ASSERT_EQ(call("addLocales", {items(R"({"id":)" + std::to_string(id) + "}")}), "0");
+    for (unsigned int id = 1; std::chrono::steady_clock::now() < end; ++id) {
+        addUser(id);
         std::this_thread::sleep_for(50ms);
     }
     // A copy by this process would drop its own locks on the file.
     ASSERT_EQ(std::system("cp CacheDb copy"), 0);
-    EXPECT_EQ(ask("SELECT LocalesId FROM Locales WHERE LocalesId = 1", "copy"), "1\n");
+    EXPECT_EQ(ask("SELECT UsersId FROM Users WHERE UsersId = 1", "copy"), "1\n");
 }
 
-TEST(Database, acknowledgedRecordsOutliveAKilledProcess)
+TEST_F(Database, acknowledgedRecordsOutliveAKilledProcess)
 {
-    const TemporaryDirectory directory;
-    Child child([](int pipe) {
+    using Shared = std::atomic<unsigned int>;
+    void *const memory = ::mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    auto *const acknowledged = ::new (memory) Shared(0);
+    const pid_t process = ::fork();
+    if (process == 0) {
         const RunningCache cache;
-        for (unsigned int id = 1; call("addUsers", {items(R"({"id":)" + std::to_string(id) + "}")}) == "0"; ++id)
-            tell(pipe, id);
-    });
-    unsigned int last = 0;
-    while (last < 100)
-        ASSERT_EQ(child.next(), ++last);
-    child.kill();
-    while (child.next() != 0)
-        ++last;
+        for (unsigned int id = 1;; *acknowledged = id++)
+            addUser(id);
+    }
+    EXPECT_TRUE(waitUntil([&] { return *acknowledged >= 100; }));
+    ::kill(process, SIGKILL);
+    ::waitpid(process, nullptr, 0);
     EXPECT_EQ(launch(), 0U);
-    EXPECT_EQ(ask("SELECT count(*) FROM Users WHERE UsersId <= " + std::to_string(last)), std::to_string(last) + "\n");
+    const std::string last = std::to_string(*acknowledged);
+    EXPECT_EQ(ask("SELECT count(*) FROM Users WHERE UsersId <= " + last), last + "\n");
 }
 
 } // namespace client

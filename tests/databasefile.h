@@ -2,67 +2,56 @@
 
 #include <sqlite3.h>
 
-#include <map>
-#include <sstream>
 #include <stdexcept>
 #include <string>
-#include <vector>
 
 /// The database file behind the library's back: a second SQLite client, as a support engineer's tool is one.
 namespace client {
 
-/// Runs statements on a database file over a connection of their own; the rows come out as lines of columns with "|"
-/// between them.
+/// A connection of its own to a database file. What it has begun ends with it.
+class Connection
+{
+public:
+    explicit Connection(const char *path = "CacheDb")
+    {
+        if (sqlite3_open_v2(path, &m_connection, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK)
+            throw std::runtime_error(path);
+    }
+    Connection(const Connection &) = delete;
+    Connection &operator=(const Connection &) = delete;
+    ~Connection() { sqlite3_close(m_connection); }
+
+    /// Runs statements; the rows come out as lines of columns with "|" between them.
+    std::string ask(const std::string &statements)
+    {
+        std::string rows;
+        const auto keepRow = [](void *kept, int count, char **columns, char **) {
+            auto &lines = *static_cast<std::string *>(kept);
+            for (int i = 0; i < count; ++i)
+                lines.append(i == 0 ? "" : "|").append(columns[i] == nullptr ? "NULL" : columns[i]);
+            lines += '\n';
+            return 0;
+        };
+        if (sqlite3_exec(m_connection, statements.c_str(), keepRow, &rows, nullptr) != SQLITE_OK)
+            throw std::runtime_error(statements + ": " + sqlite3_errmsg(m_connection));
+        return rows;
+    }
+
+private:
+    sqlite3 *m_connection = nullptr;
+};
+
 inline std::string ask(const std::string &statements, const char *path = "CacheDb")
 {
-    sqlite3 *connection = nullptr;
-    std::string rows;
-    const auto keepRow = [](void *kept, int count, char **columns, char **) {
-        auto &lines = *static_cast<std::string *>(kept);
-        for (int i = 0; i < count; ++i)
-            lines.append(i == 0 ? "" : "|").append(columns[i] == nullptr ? "NULL" : columns[i]);
-        lines += '\n';
-        return 0;
-    };
-    int code = sqlite3_open_v2(path, &connection, SQLITE_OPEN_READWRITE, nullptr);
-    if (code == SQLITE_OK)
-        code = sqlite3_exec(connection, statements.c_str(), keepRow, &rows, nullptr);
-    const std::string reason = sqlite3_errmsg(connection);
-    sqlite3_close(connection);
-    if (code != SQLITE_OK)
-        throw std::runtime_error(statements + ": " + reason);
-    return rows;
+    return Connection(path).ask(statements);
 }
 
-/// The lines of an answer.
-inline std::vector<std::string> linesOf(const std::string &answer)
+/// All that the file holds.
+inline std::string content()
 {
-    std::vector<std::string> lines;
-    std::istringstream stream(answer);
-    for (std::string line; std::getline(stream, line);)
-        lines.push_back(line);
-    return lines;
-}
-
-inline std::vector<std::string> tables()
-{
-    return linesOf(ask("SELECT name FROM sqlite_master WHERE type = 'table' ORDER BY rowid"));
-}
-
-/// All that the file holds, by table.
-inline std::map<std::string, std::string> content()
-{
-    std::map<std::string, std::string> rows;
-    std::string statements;
-    for (const std::string &table : tables()) {
-        rows[table] = "";
-        statements.append("SELECT '").append(table).append("', * FROM ").append(table).append(";");
-    }
-    for (const std::string &line : linesOf(ask(statements))) {
-        const std::size_t end = line.find('|');
-        rows[line.substr(0, end)].append(line, end + 1).append("\n");
-    }
-    return rows;
+    Connection file;
+    return file.ask(
+        file.ask("SELECT 'SELECT ''' || name || ''', * FROM ' || name || ';' FROM sqlite_master WHERE type = 'table'"));
 }
 
 } // namespace client

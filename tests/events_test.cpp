@@ -1,8 +1,6 @@
 #include "client.h"
 #include "controller/storage/sqlitedatabase.h"
 
-#include <gtest/gtest.h>
-
 #include <QCoreApplication>
 
 #include <algorithm>
@@ -12,41 +10,35 @@ namespace tarnelLib::controller {
 
 namespace {
 
-using Random = std::mt19937;
+/// Made-up values, of which some are not there.
+struct Random {
+    std::mt19937 source;
 
-/// A number below `end`, or nothing now and then.
-std::optional<quint32> maybe(Random &random, quint32 end)
-{
-    const auto number = static_cast<quint32>(random()) % (end + end / 8 + 1);
-    return number < end ? std::optional(number) : std::nullopt;
-}
-
-template <class Value>
-std::optional<Value> as(std::optional<quint32> number, quint32 offset = 0)
-{
-    return number ? std::optional(static_cast<Value>(*number - offset)) : std::nullopt;
-}
-
-std::optional<Text> maybeText(Random &random)
-{
-    static const Text texts[] = {Text(u""), Text(u"motion"), Text(u"дверь \U0001f6aa")};
-    const auto index = maybe(random, 3);
-    return index ? std::optional(texts[*index]) : std::nullopt;
-}
+    std::optional<quint32> number(quint32 end)
+    {
+        const quint32 value = static_cast<quint32>(source()) % (end + end / 8 + 1);
+        return value < end ? std::optional(value) : std::nullopt;
+    }
+    std::optional<Text> text()
+    {
+        const std::optional<Text> texts[] = {std::nullopt, Text(u""), Text(u"motion"), Text(u"дверь \U0001f6aa")};
+        return texts[source() % std::size(texts)];
+    }
+};
 
 /// Events with identifiers in no order, some of them twice, of devices, sections and zones that may not be stored.
-std::vector<Event> randomEvents(Random &random)
+std::vector<Event> makeEvents(Random &random)
 {
-    std::vector<Event> events;
-    for (int i = 0; i < 3000; ++i) {
-        Event event{.id = static_cast<quint32>(random() % 4000), .time = maybe(random, 50)};
-        event.deviceId = as<qint32>(maybe(random, 40), 5);
-        event.sectionId = maybe(random, 5);
-        event.zoneId = maybe(random, 9);
-        event.userId = maybe(random, 12);
-        event.affect = as<bool>(maybe(random, 2));
-        event.data = maybeText(random);
-        events.push_back(std::move(event));
+    std::vector<Event> events(3000);
+    for (Event &event : events) {
+        event.id = static_cast<quint32>(random.source() % 4000);
+        event.time = random.number(50);
+        if (const auto id = random.number(40))
+            event.deviceId = static_cast<qint32>(*id) - 5;
+        event.sectionId = random.number(5);
+        event.zoneId = random.number(9);
+        event.userId = random.number(12);
+        event.data = random.text();
     }
     return events;
 }
@@ -54,20 +46,19 @@ std::vector<Event> randomEvents(Random &random)
 void addWhatEventsBorrowFrom(SQLiteDatabase &database, Random &random)
 {
     std::vector<Device> devices;
-    for (quint32 id = 0; id < 30; ++id) {
-        Device device{.id = id, .account = maybe(random, 1000)};
-        for (quint32 section = 0; section < 4; ++section) {
-            device.sections.push_back({.id = section, .name = maybeText(random)});
-            device.sections.back().zones.push_back({.id = 2 * section, .name = maybeText(random)});
-        }
-        devices.push_back(std::move(device));
-    }
     std::vector<User> users;
     std::vector<Domain> domains;
-    for (quint32 id = 0; id < 10; ++id) {
-        users.push_back({.id = id, .domainId = maybe(random, 6)});
+    for (quint32 id = 0; id < 30; ++id) {
+        Device device{.id = id, .account = random.number(1000)};
+        for (quint32 section = 0; section < 4; ++section) {
+            const Zone zone{.id = 2 * section, .name = random.text()};
+            device.sections.push_back({.id = section, .name = random.text(), .zones = {zone}});
+        }
+        devices.push_back(std::move(device));
+        if (id < 10)
+            users.push_back({.id = id, .domainId = random.number(6)});
         if (id < 4)
-            domains.push_back({.id = id, .name = maybeText(random)});
+            domains.push_back({.id = id, .name = random.text()});
     }
     ASSERT_TRUE(database.add(devices) && database.add(users) && database.add(domains));
 }
@@ -82,19 +73,17 @@ TEST(Events, areTheSameWhateverTheWayToThem)
     const QCoreApplication app(argumentCount, nullptr);
     for (unsigned seed = 1; seed <= 10; ++seed) {
         SCOPED_TRACE(seed);
-        Random random(seed);
+        Random random{std::mt19937(seed)};
         SQLiteDatabase database;
-        const QString path = QString::number(seed);
-        ASSERT_TRUE(database.restoreDatabase(path));
+        ASSERT_TRUE(database.restoreDatabase(QString::number(seed)));
         addWhatEventsBorrowFrom(database, random);
 
-        std::vector<Event> sent = randomEvents(random);
+        std::vector<Event> sent = makeEvents(random);
         // None, or one that does not come back as it was given.
         const std::u16string_view oddTexts[] = {u"", u"a\uffffb", u"\ufeffa", {u"a\xd800", 2}, {u"\xdc00z", 2}};
         sent.push_back({.id = 4500, .time = 7, .deviceId = 3, .jData = Text(oddTexts[seed % std::size(oddTexts)])});
         std::vector<Event> answered = sent;
         ASSERT_TRUE(database.add(answered));
-        EXPECT_GT(answered.size(), 1000U);
 
         // An event of no device, whose text is changed by the storage, makes the answer one that is read back.
         std::vector<Event> readBack = sent;

@@ -19,8 +19,7 @@ cp "$source/examples/client.c" "$source/examples/python/"*.py "$source/tests/ins
 "$cmake" --build "$work/build" >/dev/null
 
 # These say at their end whether all that they were handed out has been released.
-PKG_CONFIG_PATH=$prefix/$libdir/pkgconfig
-export PKG_CONFIG_PATH
+export PKG_CONFIG_PATH="$prefix/$libdir/pkgconfig"
 flags="-Wall -Wextra -Wpedantic -Wconversion -Werror -fsanitize=address -pthread"
 tarnel=$(pkg-config --cflags --libs tarnel)
 gcc -std=c11 $flags "$work/client/client.c" -o "$work/build/pkgcclient" $tarnel
