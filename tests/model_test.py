@@ -341,7 +341,9 @@ class Generator:
 
     def request(self, function: Function) -> str:
         if function.family == "adds":
-            content = {"items": [self.record(function.kind) for _ in range(1 + self.below(3))]}
+            # Many are stored in another way than few.
+            size = 40 if self.one_in(10) else 1 + self.below(3)
+            content = {"items": [self.record(function.kind) for _ in range(size)]}
         elif function.family in ("add", "update"):
             content = self.record(function.kind) | {key: self.number() for key in PARENTS.get(function.kind, [])}
         else:
