@@ -15,7 +15,7 @@ prefix=$work/moved
 mkdir "$work/client"
 cp "$source/examples/client.c" "$source/examples/python/"*.py "$source/tests/installed/"* "$work/client"
 
-"$cmake" -S "$work/client" -B "$work/build" -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
+"$cmake" -G Ninja -S "$work/client" -B "$work/build" -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
 "$cmake" --build "$work/build" >/dev/null
 
 # These say at their end whether all that they were handed out has been released.
