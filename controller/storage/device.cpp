@@ -165,7 +165,7 @@ bool SQLiteDatabase::getExtraDeviceFields(std::span<Device> devices, DevicesRead
     DeviceIndex index(devices);
     const std::vector<quint32> identifiers = read == DevicesRead::Some ? index.identifiers() : std::vector<quint32>();
     const auto readParts = [&]<class Part>(const char *message, auto &&add, auto &&sort) {
-        // Looking the parts of all devices up would take half as long again as a scan.
+        // SQLite takes half as long again to look the parts of all devices up as to scan them.
         Query query =
             read == DevicesRead::Some ? m_preparer.prepareGetOfSome<Part>(identifiers) : m_preparer.prepareGet<Part>();
         const bool isRead = readEach(std::move(query), message, [&](const Statement &row) {
