@@ -29,9 +29,9 @@ struct Random {
 /// Events with identifiers in no order, some of them twice, of devices, sections and zones that may not be stored.
 std::vector<Event> makeEvents(Random &random)
 {
-    std::vector<Event> events(3000);
+    std::vector<Event> events(6000);
     for (Event &event : events) {
-        event.id = static_cast<quint32>(random.source() % 4000);
+        event.id = static_cast<quint32>(random.source() % 8000);
         event.time = random.number(50);
         if (const auto id = random.number(40))
             event.deviceId = static_cast<qint32>(*id) - 5;
@@ -81,13 +81,13 @@ TEST(Events, areTheSameWhateverTheWayToThem)
         std::vector<Event> sent = makeEvents(random);
         // None, or one that does not come back as it was given.
         const std::u16string_view oddTexts[] = {u"", u"a\uffffb", u"\ufeffa", {u"a\xd800", 2}, {u"\xdc00z", 2}};
-        sent.push_back({.id = 4500, .time = 7, .deviceId = 3, .jData = Text(oddTexts[seed % std::size(oddTexts)])});
+        sent.push_back({.id = 8500, .time = 7, .deviceId = 3, .jData = Text(oddTexts[seed % std::size(oddTexts)])});
         std::vector<Event> answered = sent;
         ASSERT_TRUE(database.add(answered));
 
         // An event of no device, whose text is changed by the storage, makes the answer one that is read back.
         std::vector<Event> readBack = sent;
-        readBack.push_back({.id = 5000, .data = Text(u"\ufeff")});
+        readBack.push_back({.id = 9000, .data = Text(u"\ufeff")});
         ASSERT_TRUE(database.add(readBack));
         EXPECT_TRUE(readBack == answered);
 
@@ -96,7 +96,7 @@ TEST(Events, areTheSameWhateverTheWayToThem)
         ASSERT_TRUE(database.get(lookedUp, 0, 100));
         for (quint32 time = 0; time <= 100; ++time)
             ASSERT_TRUE(database.get(joined, time, time));
-        EXPECT_GT(lookedUp.size(), 1000U);
+        EXPECT_GT(lookedUp.size(), 2000U);
         EXPECT_TRUE(lookedUp == joined);
         std::ranges::sort(lookedUp, {}, &Event::id);
         std::erase_if(answered, [](const Event &event) { return !event.time; });

@@ -45,8 +45,9 @@ std::string selectBareEvents()
     return sql::select(selection);
 }
 
-/// From so many events on it is worth while to look names up instead of joining them.
-constexpr quint32 manyEvents = 1000;
+/// From so many events on it is worth while to look names up instead of joining them: of 1,000 devices' events, 1,000
+/// take 1.2 times as long that way, 10,000 take 0.75 times as long, and 100,000 take 0.55 times.
+constexpr quint32 manyEvents = 2000;
 
 /// Whether SQLite gives a text back as it was given. It keeps UTF-8, which knows no unpaired surrogates, takes a
 /// byte-order mark off, and replaces the two code units that are no characters.
