@@ -86,12 +86,12 @@ extern "C" __attribute__((visibility("default"))) int fdatasync(int file)
     return -1;
 }
 
-void operator delete(void *block) noexcept
+__attribute__((noinline)) void operator delete(void *block) noexcept
 {
     std::free(block);
 }
 
-void operator delete(void *block, std::size_t) noexcept
+__attribute__((noinline)) void operator delete(void *block, std::size_t) noexcept
 {
     std::free(block);
 }
