@@ -1,7 +1,7 @@
 #pragma once
 
-#include "controller/entities/field.h"
 #include "controller/result.h"
+#include "entities/field.h"
 
 #include <algorithm>
 #include <cstdlib>

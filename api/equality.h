@@ -1,6 +1,6 @@
 #pragma once
 
-#include "controller/entities/field.h"
+#include "entities/field.h"
 
 #include <algorithm>
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "api/cache.h"
 #include "api/conversion.h"
-#include "controller/parsing/requestparser.h"
+#include "parsing/requestparser.h"
+#include "runtime/cacheaccess.h"
 
 #include <climits>
 

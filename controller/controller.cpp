@@ -1,6 +1,6 @@
 #include "controller/controller.h"
 
-#include "controller/storage/sqlitedatabase.h"
+#include "storage/sqlitedatabase.h"
 
 namespace tarnelLib::controller {
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "controller/result.h"
-#include "controller/storage/database.h"
+#include "storage/database.h"
 
 #include <QObject>
 

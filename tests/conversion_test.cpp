@@ -1,6 +1,6 @@
 #include "api/conversion.h"
 #include "api/equality.h"
-#include "controller/entities/site.h"
+#include "entities/site.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 #include "client.h"
-#include "controller/storage/sqlitedatabase.h"
+#include "storage/sqlitedatabase.h"
 
 #include <QCoreApplication>
 

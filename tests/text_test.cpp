@@ -1,4 +1,4 @@
-#include "controller/storage/statement.h"
+#include "storage/statement.h"
 
 #include <gtest/gtest.h>
 

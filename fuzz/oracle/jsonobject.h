@@ -1,6 +1,6 @@
 #pragma once
 
-#include "controller/entities/text.h"
+#include "entities/text.h"
 
 #include <QJsonArray>
 #include <QJsonObject>

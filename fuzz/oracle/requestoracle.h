@@ -1,7 +1,7 @@
 #pragma once
 
-#include "controller/parsing/requestparser.h"
 #include "oracle/jsonobject.h"
+#include "parsing/requestparser.h"
 
 #include <algorithm>
 

@@ -1,0 +1,271 @@
+#include "runtime/cacheaccess.h"
+#include "runtime/eventdispatcher.h"
+
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <QScopeGuard>
+#include <QThread>
+#include <QTimer>
+
+#include <pthread.h>
+
+#include <atomic>
+#include <clocale>
+#include <condition_variable>
+#include <string>
+
+namespace tarnelLib::api {
+
+namespace {
+
+using controller::Controller;
+
+/// Written changes are in the main file at the latest this long after they were made, plus the folding itself.
+constexpr int foldDelayMs = 1500;
+
+/// One call of `launchCache`.
+struct Launch {
+    quint64 number = 0;         ///< Tells launches apart: a later one is likely to have the same address.
+    QEventLoop *loop = nullptr; ///< Set while an event loop runs, or is about to.
+    bool isExitRequested = false;
+};
+
+/// What the whole library shares. It is never destroyed: a client may return from `main` while the cache runs.
+struct Cache {
+    /// Held by a call for as long as it works on the records, and while the controller is destroyed.
+    std::mutex callMutex;
+
+    /// Guards what follows. It is held for moments only, so that the state can be asked for during a long call.
+    std::mutex mutex;
+    std::condition_variable launchChanged;
+    Launch *running = nullptr; ///< The launch that has the application object and the database.
+    Launch *newest = nullptr;  ///< That one, or one that waits for it to end.
+    quint64 launchCount = 0;
+    std::unique_ptr<Controller> cacheController; ///< The running launch's.
+
+    /// The controller, for as long as its launch is not on its way out: a busy client must not hold up the exit.
+    [[nodiscard]] Controller *availableController() const
+    {
+        return running != nullptr && !running->isExitRequested ? cacheController.get() : nullptr;
+    }
+};
+
+/// Set in a process that was forked off while a cache was running: the file and the threads are the parent's.
+std::atomic<bool> isForkedOff = false;
+
+Cache &cache();
+
+Cache *makeCache()
+{
+    ::pthread_atfork([] { cache().mutex.lock(); }, [] { cache().mutex.unlock(); },
+                     [] {
+                         isForkedOff = cache().newest != nullptr || cache().running != nullptr;
+                         // A call that found no cache may have held it, on a thread that is not here.
+                         ::new (&cache().callMutex) std::mutex;
+                         cache().mutex.unlock();
+                     });
+    return new Cache;
+}
+
+/// Made while the library is loaded: were it made by the first call, a fork in the middle of that would leave the child
+/// waiting for it for ever.
+Cache *const sharedCache = makeCache();
+
+Cache &cache()
+{
+    return *sharedCache;
+}
+
+/// Destroys the controller when the call in progress has ended, unless it is that of a later launch already.
+void destroyController(quint64 launchNumber)
+{
+    const std::lock_guard callLock(cache().callMutex);
+    std::unique_ptr<Controller> controller;
+    {
+        const std::lock_guard lock(cache().mutex);
+        if (cache().running != nullptr && cache().running->number == launchNumber)
+            controller = std::move(cache().cacheController);
+    }
+}
+
+/// Makes an application object. Qt's sets the locale of the process to that of the environment, which would change how
+/// the client's own `printf` writes numbers: it is set back.
+std::unique_ptr<QCoreApplication> makeApplication(int &argumentCount)
+{
+    if (QAbstractEventDispatcher::instance() == nullptr)
+        QThread::currentThread()->setEventDispatcher(new EventDispatcher);
+    const std::string locale = std::setlocale(LC_ALL, nullptr);
+    auto app = std::make_unique<QCoreApplication>(argumentCount, nullptr);
+    if (locale != std::setlocale(LC_ALL, nullptr))
+        std::setlocale(LC_ALL, locale.c_str());
+    return app;
+}
+
+// What crosses from one thread to another does so by name: a functor would be compiled here and counted in Qt, whose
+// atomics ThreadSanitizer does not see.
+
+/// Asks the launch's event loop to end. The wish is an event of that loop, so that it is not lost before the loop runs.
+void quit(QEventLoop &loop)
+{
+    QMetaObject::invokeMethod(&loop, "quit", Qt::QueuedConnection);
+}
+
+/// Connects to the database and runs an event loop until an exit is asked for.
+void runLaunch(Launch &launch)
+{
+    // A client that is a Qt program has its own application object, which stays untouched.
+    int argumentCount = 0;
+    std::unique_ptr<QCoreApplication> app;
+    if (QCoreApplication::instance() == nullptr)
+        app = makeApplication(argumentCount);
+
+    QEventLoop loop;
+    QTimer foldTimer;
+    foldTimer.setSingleShot(true);
+    foldTimer.setInterval(foldDelayMs);
+    QObject::connect(&foldTimer, &QTimer::timeout, [] {
+        const CacheAccess access;
+        if (Controller *controller = access.controller())
+            controller->database().foldLog();
+    });
+
+    auto controller = std::make_unique<Controller>();
+    QObject::connect(&controller->database(), SIGNAL(logGrew()), &foldTimer, SLOT(start()));
+    controller->connectToDatabase(QStringLiteral("CacheDb"));
+    {
+        const std::lock_guard lock(cache().mutex);
+        if (launch.isExitRequested)
+            return;
+        cache().cacheController = std::move(controller);
+        launch.loop = &loop;
+    }
+    // Also when the client has quit Qt's loops without an exit.
+    const auto withdraw = qScopeGuard([&] {
+        {
+            const std::lock_guard lock(cache().mutex);
+            launch.isExitRequested = true;
+            launch.loop = nullptr;
+        }
+        destroyController(launch.number);
+    });
+    const auto start = [] {
+        const std::lock_guard lock(cache().mutex);
+        if (cache().cacheController)
+            cache().cacheController->onStart();
+    };
+    QMetaObject::invokeMethod(&loop, start, Qt::QueuedConnection);
+    loop.exec();
+}
+
+/// Makes it the launch that runs, after an earlier one has ended. False if there is one that is not on its way out, or
+/// if an exit was asked for meanwhile.
+bool enter(Launch &launch)
+{
+    std::unique_lock lock(cache().mutex);
+    if (cache().newest != nullptr && !cache().newest->isExitRequested)
+        return false;
+    launch.number = ++cache().launchCount;
+    cache().newest = &launch;
+    cache().launchChanged.wait(lock, [&] { return cache().running == nullptr || launch.isExitRequested; });
+    if (!launch.isExitRequested) {
+        cache().running = &launch;
+        return true;
+    }
+    if (cache().newest == &launch)
+        cache().newest = nullptr;
+    return false;
+}
+
+void leave(Launch &launch)
+{
+    const std::lock_guard lock(cache().mutex);
+    cache().running = nullptr;
+    if (cache().newest == &launch)
+        cache().newest = nullptr;
+    cache().launchChanged.notify_all();
+}
+
+/// The controller, for questions that do not touch the database.
+template <class Question>
+unsigned int askController(unsigned int withoutCache, Question &&question)
+{
+    if (isForkedOff)
+        return withoutCache;
+    const std::lock_guard lock(cache().mutex);
+    const Controller *const controller = cache().availableController();
+    return controller != nullptr ? question(*controller) : withoutCache;
+}
+
+} // namespace
+
+CacheAccess::CacheAccess()
+{
+    if (isForkedOff)
+        return;
+    m_lock = std::unique_lock(cache().callMutex);
+    const std::lock_guard lock(cache().mutex);
+    m_controller = cache().availableController();
+}
+
+namespace {
+
+void startCache() noexcept
+{
+    Launch launch;
+    if (isForkedOff || !enter(launch))
+        return;
+    try {
+        runLaunch(launch);
+    } catch (...) {
+        qDebug("launch error");
+    }
+    leave(launch);
+}
+
+void stopCache() noexcept
+{
+    if (isForkedOff)
+        return;
+    quint64 runningNumber = 0;
+    {
+        const std::lock_guard lock(cache().mutex);
+        if (Launch *const launch = cache().newest; launch != nullptr && !launch->isExitRequested) {
+            launch->isExitRequested = true;
+            if (launch->loop != nullptr)
+                quit(*launch->loop);
+            cache().launchChanged.notify_all();
+        }
+        if (cache().running == nullptr)
+            return;
+        runningNumber = cache().running->number;
+    }
+    destroyController(runningNumber);
+}
+
+} // namespace
+
+} // namespace tarnelLib::api
+
+namespace api = tarnelLib::api;
+
+void launchCache()
+{
+    api::startCache();
+}
+
+void exitCache()
+{
+    api::stopCache();
+}
+
+unsigned int getState()
+{
+    return api::askController(TARNEL_STATE_NONE, [](const auto &controller) { return controller.getState(); });
+}
+
+unsigned int getLaunchCacheResult()
+{
+    return api::askController(TARNEL_NOT_AVAILABLE, [](const auto &controller) {
+        return static_cast<unsigned int>(controller.getConnectToDatabaseResult());
+    });
+}
