@@ -4,7 +4,8 @@
 
 #include <algorithm>
 
-/// Whether two C structures hold the same: a loop over the record's field list, like their conversion and release.
+/// Whether two C structures hold the same, by the record's field list. Part of the library's contract, and called by
+/// tests alone: no exported function compares.
 namespace tarnelLib::api {
 
 template <class Record>
@@ -19,77 +20,42 @@ bool comparePtr(const Value *left, const Value *right, IsEqual &&isEqualValue)
     return isEqualValue(*left, *right);
 }
 
-/// The equality of each kind of row.
-class MemberEquality
+/// A text that is absent is as good as an empty one.
+inline std::u16string_view viewOf(const unsigned short *text)
 {
-public:
-    template <class Record, class Api>
-    static bool isEqual(const controller::Id<Record, Api> &field, const Api &left, const Api &right)
-    {
-        return left.*field.apiMember == right.*field.apiMember;
-    }
+    return text != nullptr ? reinterpret_cast<const char16_t *>(text) : u"";
+}
 
-    template <class Api>
-    static bool isEqual(const controller::ParentKey &, const Api &, const Api &)
-    {
-        return true;
-    }
-
-    template <controller::HoldsValue Row, class Api>
-    static bool isEqual(const Row &field, const Api &left, const Api &right)
-    {
-        return isEqualMember(left.*field.apiMember, right.*field.apiMember);
-    }
-
-    /// A nested record.
-    template <class Row, class Api>
-    static bool isEqual(const Row &field, const Api &left, const Api &right)
-    {
-        return comparePtr(left.*field.apiMember, right.*field.apiMember, api::isEqual<typename Row::Nested>);
-    }
-
-    template <class Record, class Item, class Api, class ApiItem>
-    static bool isEqual(const controller::Children<Record, Item, Api, ApiItem> &field, const Api &left,
-                        const Api &right)
-    {
-        const ApiItem *items = left.*field.apiMember;
-        const ApiItem *others = right.*field.apiMember;
-        return std::equal(items, items + left.*field.apiCount, others, others + right.*field.apiCount,
-                          [](const ApiItem &item, const ApiItem &other) { return isEqualItem<Item>(item, other); });
-    }
-
-private:
-    /// A text that is absent is as good as an empty one.
-    static bool isEqualMember(const unsigned short *left, const unsigned short *right)
-    {
-        constexpr unsigned short empty = 0;
-        const auto view = [&](const unsigned short *text) {
-            return std::u16string_view(reinterpret_cast<const char16_t *>(text != nullptr ? text : &empty));
-        };
-        return view(left) == view(right);
-    }
-
-    template <class Value>
-    static bool isEqualMember(const Value *left, const Value *right)
-    {
-        return comparePtr(left, right, std::equal_to<>());
-    }
-
-    template <class Item, class ApiItem>
-    static bool isEqualItem(const ApiItem &item, const ApiItem &other)
-    {
-        if constexpr (std::is_arithmetic_v<Item>)
-            return item == other;
+template <class Row, class Api>
+bool isEqualMember(const Row &row, const Api &left, const Api &right)
+{
+    const auto item = left.*row.apiMember;
+    const auto other = right.*row.apiMember;
+    const auto isEqualItem = [](const auto &one, const auto &another) {
+        if constexpr (std::is_class_v<std::remove_cvref_t<decltype(one)>>)
+            return isEqual<typename Row::Nested>(one, another);
         else
-            return api::isEqual<Item>(item, other);
-    }
-};
+            return one == another;
+    };
+    if constexpr (controller::is<Row, controller::Id>)
+        return item == other;
+    else if constexpr (controller::is<Row, controller::Children>)
+        return std::equal(item, item + left.*row.apiCount, other, other + right.*row.apiCount, isEqualItem);
+    else if constexpr (std::is_same_v<decltype(item), unsigned short *const>)
+        return viewOf(item) == viewOf(other);
+    else
+        return comparePtr(item, other, isEqualItem);
+}
 
 template <class Record>
 bool isEqual(const controller::ApiOf<Record> &left, const controller::ApiOf<Record> &right)
 {
-    return std::apply([&](const auto &...field) { return (MemberEquality::isEqual(field, left, right) && ...); },
-                      controller::Schema<Record>::fields);
+    bool areEqual = true;
+    controller::forEachField<Record>([&]<class Row>(const Row &row) {
+        if constexpr (!controller::isParentKey<Row>)
+            areEqual = areEqual && isEqualMember(row, left, right);
+    });
+    return areEqual;
 }
 
 } // namespace tarnelLib::api

@@ -44,13 +44,11 @@ unsigned int removeAffectFlag(api::Event **event, const unsigned short *text, un
         const Result parsed = tarnelLib::controller::parseRemoveAffectEvent(request.view(), id);
         if (parsed != Result::Success)
             return parsed;
-        std::optional<Event> changed;
+        tarnelLib::controller::Structures<Event> changed;
         const Result removed = controller.removeAffectFlag(changed, id);
-        if (removed != Result::Success)
-            return removed;
-        // Other than elsewhere, what the pointer holds is given up: its block alone, as clients expect it.
-        api::Event *structure = api::toApiStruct(std::move(*changed));
-        std::free(std::exchange(*event, structure));
-        return Result::Success;
+        // Other outputs must be null. This one may hold an event: its block alone is released, as clients expect it.
+        if (removed == Result::Success)
+            std::free(std::exchange(*event, std::move(changed).release()));
+        return removed;
     });
 }

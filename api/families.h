@@ -1,6 +1,5 @@
 #pragma once
 
-#include "api/conversion.h"
 #include "parsing/requestparser.h"
 #include "runtime/cacheaccess.h"
 
@@ -9,6 +8,9 @@
 /// What the exported functions do, one template for each family of them.
 namespace tarnelLib::api {
 
+using controller::Controller;
+using runtime::withController;
+
 /// A text as a client passes it.
 struct ClientText {
     const unsigned short *units;
@@ -16,24 +18,12 @@ struct ClientText {
 
     [[nodiscard]] bool isValid() const { return length <= INT_MAX && (units != nullptr || length == 0); }
     [[nodiscard]] std::u16string_view view() const { return {reinterpret_cast<const char16_t *>(units), length}; }
-};
-
-/// The one way into the library: takes the lock, refuses when no cache is running, and lets no exception out.
-template <class Operation>
-unsigned int withController(Operation &&operation) noexcept
-{
-    Result result = Result::NotAvailable;
-    try {
-        const CacheAccess access;
-        if (controller::Controller *controller = access.controller())
-            result = operation(*controller);
-    } catch (const std::bad_alloc &) {
-        result = Result::AllocationFailed;
-    } catch (...) {
-        result = Result::NotAvailable;
+    /// As every other reader of texts sees it: some write a mark in front of each.
+    [[nodiscard]] std::u16string_view withoutByteOrderMark() const
+    {
+        return view().substr(view().starts_with(u'\xfeff') ? 1 : 0);
     }
-    return static_cast<unsigned int>(result);
-}
+};
 
 /// Where a result can be handed out: the client's pointer is there and null.
 template <class Api>
@@ -42,28 +32,28 @@ bool isFree(Api *const *out)
     return out != nullptr && *out == nullptr;
 }
 
+/// Hands out what an operation has filled, if that was a success.
 template <class Record>
-Result handOut(controller::ApiOf<Record> **out, std::optional<Record> &&record)
+Result handOut(controller::ApiOf<Record> **out, controller::Structures<Record> &&structures, Result result)
 {
-    if (!record)
-        return Result::NotAvailable;
-    *out = toApiStruct(std::move(*record));
-    return Result::Success;
+    if (result == Result::Success)
+        *out = std::move(structures).release();
+    return result;
 }
 
 template <class Record>
-Result handOut(controller::ApiOf<Record> **out, unsigned int *count, std::vector<Record> &&records)
+Result handOut(controller::ApiOf<Record> **out, unsigned int *count, controller::Structures<Record> &&structures,
+               Result result)
 {
-    const auto size = static_cast<unsigned int>(records.size());
-    *out = toApiStructs(std::move(records));
-    *count = size;
-    return Result::Success;
+    if (result == Result::Success)
+        *count = structures.count();
+    return handOut(out, std::move(structures), result);
 }
 
 template <class Record>
 unsigned int addItems(ClientText text) noexcept
 {
-    return withController([&](controller::Controller &controller) {
+    return withController([&](Controller &controller) {
         if (!text.isValid())
             return Result::InvalidArgument;
         std::vector<Record> records;
@@ -72,11 +62,26 @@ unsigned int addItems(ClientText text) noexcept
     });
 }
 
-/// Hands the record of the request out as `change` leaves it; that also gets the identifiers of its parents.
+template <class Record>
+unsigned int addItemsAndHandOut(controller::ApiOf<Record> **out, unsigned int *count, ClientText text) noexcept
+{
+    return withController([&](Controller &controller) {
+        if (!isFree(out) || count == nullptr || !text.isValid())
+            return Result::InvalidArgument;
+        std::vector<Record> records;
+        if (const Result parsed = controller::parseAddItems(text.view(), records); parsed != Result::Success)
+            return parsed;
+        controller::Structures<Record> stored;
+        const Result added = controller.add(std::move(records), stored);
+        return handOut(out, count, std::move(stored), added);
+    });
+}
+
+/// Hands out what `change` makes of the record of the request; it also gets the identifiers of the record's parents.
 template <class Record, class Change>
 unsigned int changeItem(controller::ApiOf<Record> **out, ClientText text, Change &&change) noexcept
 {
-    return withController([&](controller::Controller &controller) {
+    return withController([&](Controller &controller) {
         if (!isFree(out) || !text.isValid())
             return Result::InvalidArgument;
         std::optional<Record> record;
@@ -84,42 +89,38 @@ unsigned int changeItem(controller::ApiOf<Record> **out, ClientText text, Change
         const Result parsed = controller::parseAddOrUpdateItem(text.view(), record, parents);
         if (parsed != Result::Success)
             return parsed;
-        const Result changed =
-            std::apply([&](auto... parent) { return change(controller, record, parent...); }, parents);
-        return changed == Result::Success ? handOut(out, std::move(record)) : changed;
+        controller::Structures<Record> stored;
+        const Result changed = change(controller, *record, parents, stored);
+        return handOut(out, std::move(stored), changed);
     });
 }
 
 template <class Record>
 unsigned int addItem(controller::ApiOf<Record> **out, ClientText text) noexcept
 {
-    return changeItem<Record>(out, text,
-                              [](auto &controller, std::optional<Record> &record) { return controller.add(record); });
-}
-
-template <class Record>
-unsigned int addItemsAndHandOut(controller::ApiOf<Record> **out, unsigned int *count, ClientText text) noexcept
-{
-    return withController([&](controller::Controller &controller) {
-        if (!isFree(out) || count == nullptr || !text.isValid())
-            return Result::InvalidArgument;
-        std::vector<Record> records;
-        if (const Result parsed = controller::parseAddItems(text.view(), records); parsed != Result::Success)
-            return parsed;
-        const Result added = controller.add(records);
-        return added == Result::Success ? handOut(out, count, std::move(records)) : added;
+    return changeItem<Record>(out, text, [](Controller &controller, const Record &record, const auto &, auto &stored) {
+        return controller.add(record, stored);
     });
 }
 
-template <class Record, class... Identifiers>
-unsigned int getItem(controller::ApiOf<Record> **out, Identifiers... identifiers) noexcept
+template <class Record>
+unsigned int updateItem(controller::ApiOf<Record> **out, ClientText text) noexcept
 {
-    return withController([&](controller::Controller &controller) {
+    return changeItem<Record>(out, text,
+                              [](Controller &controller, const Record &record, const auto &parents, auto &stored) {
+                                  return controller.update(record, parents, stored);
+                              });
+}
+
+template <class Record, class... Numbers>
+unsigned int getItem(controller::ApiOf<Record> **out, Numbers... identifiers) noexcept
+{
+    return withController([&](Controller &controller) {
         if (!isFree(out))
             return Result::InvalidArgument;
-        std::optional<Record> record;
-        const Result read = controller.get(record, identifiers...);
-        return read == Result::Success ? handOut(out, std::move(record)) : read;
+        controller::Structures<Record> found;
+        const Result read = controller.getOne(found, {identifiers...});
+        return handOut(out, std::move(found), read);
     });
 }
 
@@ -127,48 +128,38 @@ unsigned int getItem(controller::ApiOf<Record> **out, Identifiers... identifiers
 template <class Record, class... Numbers>
 unsigned int getItems(controller::ApiOf<Record> **out, unsigned int *count, Numbers... numbers) noexcept
 {
-    return withController([&](controller::Controller &controller) {
+    return withController([&](Controller &controller) {
         if (!isFree(out) || count == nullptr)
             return Result::InvalidArgument;
-        std::vector<Record> records;
-        const Result read = controller.get(records, numbers...);
-        return read == Result::Success ? handOut(out, count, std::move(records)) : read;
+        controller::Structures<Record> found;
+        const Result read = controller.get(found, std::array<quint32, sizeof...(numbers)>{numbers...});
+        return handOut(out, count, std::move(found), read);
     });
 }
 
-template <class Record, class... Parents>
+template <class Record, class... Numbers>
 unsigned int getItemsWithParams(controller::ApiOf<Record> **out, unsigned int *count, ClientText field,
-                                ClientText value, Parents... parents) noexcept
+                                ClientText value, Numbers... parents) noexcept
 {
-    return withController([&](controller::Controller &controller) {
+    return withController([&](Controller &controller) {
         if (!isFree(out) || count == nullptr || !field.isValid() || !value.isValid())
             return Result::InvalidArgument;
-        std::vector<Record> records;
-        const Result read = controller.getByField(records, field.view(), value.view(), parents...);
-        return read == Result::Success ? handOut(out, count, std::move(records)) : read;
-    });
-}
-
-template <class Record>
-unsigned int updateItem(controller::ApiOf<Record> **out, ClientText text) noexcept
-{
-    return changeItem<Record>(out, text, [](auto &controller, std::optional<Record> &record, auto... parents) {
-        return controller.update(record, parents...);
+        controller::Structures<Record> found;
+        const Result read = controller.getByField(found, field.withoutByteOrderMark(), value.view(),
+                                                  std::array<quint32, sizeof...(parents)>{parents...});
+        return handOut(out, count, std::move(found), read);
     });
 }
 
 template <class Record>
 unsigned int deleteItem(ClientText text) noexcept
 {
-    return withController([&](controller::Controller &controller) {
+    return withController([&](Controller &controller) {
         if (!text.isValid())
             return Result::InvalidArgument;
         controller::Identifiers<Record> identifiers{};
         const Result parsed = controller::parseDelete<Record>(text.view(), identifiers);
-        if (parsed != Result::Success)
-            return parsed;
-        return std::apply([&](auto... identifier) { return controller.deleteItem<Record>(identifier...); },
-                          identifiers);
+        return parsed == Result::Success ? controller.deleteItem<Record>(identifiers) : parsed;
     });
 }
 
@@ -177,8 +168,7 @@ unsigned int freeItem(controller::ApiOf<Record> *structure) noexcept
 {
     if (structure == nullptr)
         return TARNEL_INVALID_ARGUMENT;
-    freeStructure<Record>(*structure);
-    std::free(structure);
+    controller::freeStructures<Record>(structure, 1);
     return TARNEL_SUCCESS;
 }
 
@@ -187,9 +177,7 @@ unsigned int freeItems(controller::ApiOf<Record> *structures, unsigned int count
 {
     if (structures == nullptr || count == 0)
         return TARNEL_INVALID_ARGUMENT;
-    for (unsigned int i = 0; i < count; ++i)
-        freeStructure<Record>(structures[i]);
-    std::free(structures);
+    controller::freeStructures<Record>(structures, count);
     return TARNEL_SUCCESS;
 }
 

@@ -20,7 +20,7 @@ unsigned int getServerIp(unsigned short **address)
         std::optional<Text> stored;
         const Result read = controller.getServerIp(stored);
         if (read == Result::Success && stored && !stored->view().empty())
-            *address = api::allocateUnicodeString(std::move(stored));
+            *address = std::move(*stored).release();
         return read;
     });
 }

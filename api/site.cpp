@@ -47,16 +47,14 @@ unsigned int freeSitesArray(api::Site *sites, unsigned int count)
 unsigned int getSiteNameAndAddress(unsigned short **name, unsigned short **address, unsigned int id)
 {
     using tarnelLib::Result;
-    using tarnelLib::controller::Text;
     return api::withController([&](auto &controller) {
         if (!api::isFree(name) || !api::isFree(address))
             return Result::InvalidArgument;
-        std::optional<Text> siteName;
-        std::optional<Text> siteAddress;
-        const Result read = controller.getSiteFields(siteName, siteAddress, id);
+        tarnelLib::controller::SiteFields fields;
+        const Result read = controller.getSiteFields(fields, id);
         if (read == Result::Success) {
-            *name = api::allocateUnicodeString(std::move(siteName));
-            *address = api::allocateUnicodeString(std::move(siteAddress));
+            *name = tarnelLib::controller::toMember(std::move(fields.name));
+            *address = tarnelLib::controller::toMember(std::move(fields.address));
         }
         return read;
     });

@@ -1,12 +1,6 @@
 #include "controller/controller.h"
 
-#include "storage/sqlitedatabase.h"
-
 namespace tarnelLib::controller {
-
-Controller::Controller() : m_database(std::make_unique<SQLiteDatabase>()) {}
-
-Controller::~Controller() = default;
 
 bool Controller::connectToDatabase(const QString &path)
 {
@@ -14,95 +8,74 @@ bool Controller::connectToDatabase(const QString &path)
         m_connectResult = isRepaired ? result : Result::DatabaseUnavailable;
         return isRepaired;
     };
-    if (!m_database->isDatabaseFileExists(path))
-        return repaired(m_database->restoreDatabase(path), Result::DatabaseCreated);
-    if (!m_database->openDatabase(path))
-        return repaired(m_database->recreateDatabase(path), Result::DatabaseRecreatedOpenFailed);
-    if (!m_database->isDbVersionActual())
-        return repaired(m_database->recreateDatabase(path), Result::DatabaseRecreatedVersionMismatch);
-    if (!m_database->isTablesValid())
-        return repaired(m_database->recreateDatabase(path), Result::DatabaseRecreatedTablesInvalid);
-    m_connectResult = Result::Success;
-    return true;
+    const auto connect = [&] {
+        if (!m_database.isDatabaseFileExists(path))
+            return repaired(m_database.restoreDatabase(path), Result::DatabaseCreated);
+        if (!m_database.openDatabase(path))
+            return repaired(m_database.recreateDatabase(path), Result::DatabaseRecreatedOpenFailed);
+        if (!m_database.isDbVersionActual())
+            return repaired(m_database.recreateDatabase(path), Result::DatabaseRecreatedVersionMismatch);
+        if (!m_database.isTablesValid())
+            return repaired(m_database.recreateDatabase(path), Result::DatabaseRecreatedTablesInvalid);
+        return repaired(true, Result::Success);
+    };
+    const bool isConnected = connect();
+    if (isConnected)
+        m_database.openReaders();
+    return isConnected;
 }
 
-void Controller::onStart()
+Result Controller::checkParents(Connection &connection, Numbers parents)
 {
-    m_state = TARNEL_STATE_RUNNING;
-}
-
-Result Controller::add(std::vector<Event> &events)
-{
-    if (!m_database->add(events))
-        return Result::WriteFailed;
-    return events.empty() ? Result::NotFound : Result::Success;
-}
-
-Result Controller::update(std::optional<Section> &section, quint32 device)
-{
-    const Result updated = changeResult(m_database->update(section, device), section);
-    return updated == Result::Success ? checkDevice(device) : updated;
-}
-
-Result Controller::update(std::optional<Zone> &zone, quint32 device, quint32 section)
-{
-    const Result updated = changeResult(m_database->update(zone, device, section), zone);
-    if (updated != Result::Success)
-        return updated;
-    bool isExists = false;
-    const bool isRead = m_database->isSectionExists(isExists, device, section);
-    const Result parent = existsResult(isRead, isExists, Result::ParentNotFound);
-    return parent == Result::Success ? checkDevice(device) : parent;
-}
-
-Result Controller::checkDevice(quint32 device)
-{
-    bool isExists = false;
-    const bool isRead = m_database->isDeviceExists(isExists, device);
+    bool isExists = true;
+    if (parents.size() == 2) {
+        const bool isRead = Table<Section>::isExists(connection, isExists, parents);
+        if (const Result section = existsResult(isRead, isExists, Result::ParentNotFound); section != Result::Success)
+            return section;
+    }
+    const bool isRead = parents.empty() || Table<Device>::isExists(connection, isExists, parents.first(1));
     return existsResult(isRead, isExists, Result::ParentNotFound);
 }
 
-Result Controller::getSiteFields(std::optional<Text> &name, std::optional<Text> &address, quint32 site)
+Result Controller::getSiteFields(SiteFields &fields, quint32 site)
 {
-    bool isExists = false;
-    const bool isRead = m_database->isSiteExists(isExists, site);
-    if (const Result found = existsResult(isRead, isExists, Result::NotFound); found != Result::Success)
-        return found;
-    return m_database->getSiteFields(name, address, site) ? Result::Success : Result::ReadFailed;
+    const bool isRead = Database::getSiteFields(*m_database.read(), fields, site);
+    return existsResult(isRead, fields.isSiteStored, Result::NotFound);
 }
 
-Result Controller::removeAffectFlag(std::optional<Event> &event, quint32 id)
+Result Controller::removeAffectFlag(Structures<Event> &event, quint32 id)
 {
+    const auto connection = m_database.write();
     bool isExists = false;
-    const bool isRead = m_database->isEventExists(isExists, id);
+    const bool isRead = Table<Event>::isExists(*connection, isExists, {&id, 1});
     if (const Result found = existsResult(isRead, isExists, Result::NotFound); found != Result::Success)
         return found;
-    return m_database->removeAffectFlag(event, id) && event ? Result::Success : Result::WriteFailed;
+    return writeResult(Table<Event>::removeAffectFlag(*connection, id, event) && !event.isEmpty());
 }
 
 Result Controller::clearEventsBeforeDateExceptAffects(quint32 date)
 {
-    return writeItem([&] { return m_database->clearEventsBeforeDateExceptAffects(date); });
+    return writeResult(Table<Event>::clearBeforeDateExceptAffects(*m_database.write(), date));
 }
 
 Result Controller::setServerIp(std::u16string_view address)
 {
-    return writeItem([&] { return m_database->setServerIp(address); });
+    return writeResult(Database::setServerIp(*m_database.write(), address));
 }
 
 Result Controller::getServerIp(std::optional<Text> &address)
 {
-    return m_database->getServerIp(address) ? Result::Success : Result::ReadFailed;
+    return Database::getServerIp(*m_database.read(), address) ? Result::Success : Result::ReadFailed;
 }
 
 Result Controller::clearAll()
 {
-    return writeItem([&] { return m_database->clearAll(); });
+    return writeResult(Database::clearAll(*m_database.write()));
 }
 
 Result Controller::clearAllExceptEvents()
 {
-    return writeItem([&] { return m_database->clearAllExceptEvents(); });
+    return writeResult(Database::clearAllExceptEvents(*m_database.write()));
 }
 
 } // namespace tarnelLib::controller

@@ -2,99 +2,103 @@
 
 #include "controller/result.h"
 #include "storage/database.h"
-
-#include <QObject>
+#include "storage/sqlitedatabase.h"
+#include "storage/table.h"
 
 #include <atomic>
-#include <memory>
 
 namespace tarnelLib::controller {
 
-/// The single object behind every exported function: owns the storage, remembers the state of the cache and the
-/// outcome of its launch, and turns the outcome of each storage operation into a `Result`.
-class Controller : public QObject
+/// The single object behind every exported function: owns the storage, remembers the state of the cache and the outcome
+/// of its launch, and turns the outcome of each storage operation into a `Result`.
+///
+/// Calls of several threads work side by side. One that may write has the connection that writes for all that it does;
+/// one that only reads has one of those that read.
+class Controller
 {
-    Q_OBJECT
-
 public:
-    Controller();
-    Controller(const Controller &) = delete;
-    Controller &operator=(const Controller &) = delete;
-    ~Controller() override;
-
     /// Opens the database, making or repairing it once if it must; false if there is none to work with.
     bool connectToDatabase(const QString &path);
 
+    void onStart() { m_state = TARNEL_STATE_RUNNING; }
     [[nodiscard]] unsigned int getState() const { return m_state; }
     [[nodiscard]] Result getConnectToDatabaseResult() const { return m_connectResult; }
-    [[nodiscard]] Database &database() { return *m_database; }
+
+    /// For its signal.
+    [[nodiscard]] const SQLiteDatabase &database() const { return m_database; }
+    /// Brings what was written into the main file.
+    void foldLog() { m_database.write()->foldLog(); }
+    /// Lets the calls in progress end. Those that wait for a connection, or ask for one from now on, throw.
+    void close() { m_database.close(); }
 
     template <class Record>
     [[nodiscard]] Result add(const std::vector<Record> &records)
     {
-        return writeItem([&] { return m_database->add(records); });
+        return writeResult(Table<Record>::add(*m_database.write(), records));
     }
 
     /// Hands back the events that can be read back.
-    [[nodiscard]] Result add(std::vector<Event> &events);
-
-    /// Hands the record back as it is stored afterwards.
-    template <class Record>
-    [[nodiscard]] Result add(std::optional<Record> &record)
+    [[nodiscard]] Result add(std::vector<Event> &&events, Structures<Event> &stored)
     {
-        return changeResult(m_database->add(record), record);
+        return foundResult(Table<Event>::add(*m_database.write(), std::move(events), stored), stored,
+                           Result::WriteFailed);
     }
 
-    /// All records of the kind; of those in the parents, or in a range, where the kind is listed so.
-    template <class Record, class... Numbers>
-    [[nodiscard]] Result get(std::vector<Record> &records, Numbers... numbers)
+    /// Hands the record back as it is stored then.
+    template <class Record>
+    [[nodiscard]] Result add(const Record &record, Structures<Record> &stored)
     {
-        return listResult(m_database->get(records, numbers...), records);
+        return foundResult(Table<Record>::add(*m_database.write(), record, stored), stored, Result::WriteFailed);
+    }
+
+    /// All records of the kind; those of the parents, or in a range, where the kind is listed so.
+    template <class Record>
+    [[nodiscard]] Result get(Structures<Record> &found, Numbers numbers)
+    {
+        return foundResult(Table<Record>::get(*m_database.read(), found, numbers), found, Result::ReadFailed);
     }
 
     /// The records of which the field with the JSON key equals the value.
-    template <class Record, class... Parents>
-    [[nodiscard]] Result getByField(std::vector<Record> &records, std::u16string_view key, std::u16string_view value,
-                                    Parents... parents)
+    template <class Record>
+    [[nodiscard]] Result getByField(Structures<Record> &found, std::u16string_view key, std::u16string_view value,
+                                    Numbers parents)
     {
         const ModelField *field = toTableField<Record>(key);
         if (field == nullptr)
             return Result::InvalidArgument;
-        return listResult(m_database->get(records, *field, value, parents...), records);
+        return foundResult(Table<Record>::getByField(*m_database.read(), found, *field, value, parents), found,
+                           Result::ReadFailed);
     }
 
-    /// Identifiers are those of the parents and then the record's own.
-    template <class Record, class... Identifiers>
-    [[nodiscard]] Result get(std::optional<Record> &record, Identifiers... identifiers)
-    {
-        if (!m_database->get(record, identifiers...))
-            return Result::ReadFailed;
-        return record ? Result::Success : Result::NotFound;
-    }
-
-    /// Hands the record back as it is stored afterwards.
     template <class Record>
-    [[nodiscard]] Result update(std::optional<Record> &record)
+    [[nodiscard]] Result getOne(Structures<Record> &found, const Identifiers<Record> &identifiers)
     {
-        return changeResult(m_database->update(record), record);
+        return foundResult(Table<Record>::getOne(*m_database.read(), found, identifiers), found, Result::ReadFailed);
     }
 
-    /// Whether the parents are there is looked at when the record has been written.
-    [[nodiscard]] Result update(std::optional<Section> &section, quint32 device);
-    [[nodiscard]] Result update(std::optional<Zone> &zone, quint32 device, quint32 section);
+    /// Hands the record back as it is stored then. Whether its parents are there is looked at when it has been written.
+    template <class Record>
+    [[nodiscard]] Result update(const Record &record, const ParentIds<Record> &parents, Structures<Record> &stored)
+    {
+        const auto connection = m_database.write();
+        const Result updated =
+            foundResult(Table<Record>::update(*connection, record, parents, stored), stored, Result::WriteFailed);
+        return updated == Result::Success ? checkParents(*connection, parents) : updated;
+    }
 
     /// Deletes a record, if it is stored.
-    template <class Record, class... Identifiers>
-    [[nodiscard]] Result deleteItem(Identifiers... identifiers)
+    template <class Record>
+    [[nodiscard]] Result deleteItem(const Identifiers<Record> &identifiers)
     {
-        std::optional<Record> record;
-        if (const Result found = get(record, identifiers...); found != Result::Success)
-            return found;
-        return writeItem([&] { return removeItem(Kind<Record>(), identifiers...); });
+        const auto connection = m_database.write();
+        Structures<Record> record;
+        const Result found =
+            foundResult(Table<Record>::getOne(*connection, record, identifiers), record, Result::ReadFailed);
+        return found == Result::Success ? writeResult(Table<Record>::remove(*connection, identifiers)) : found;
     }
 
-    [[nodiscard]] Result getSiteFields(std::optional<Text> &name, std::optional<Text> &address, quint32 site);
-    [[nodiscard]] Result removeAffectFlag(std::optional<Event> &event, quint32 id);
+    [[nodiscard]] Result getSiteFields(SiteFields &fields, quint32 site);
+    [[nodiscard]] Result removeAffectFlag(Structures<Event> &event, quint32 id);
     [[nodiscard]] Result clearEventsBeforeDateExceptAffects(quint32 date);
 
     [[nodiscard]] Result setServerIp(std::u16string_view address);
@@ -102,40 +106,15 @@ public:
     [[nodiscard]] Result clearAll();
     [[nodiscard]] Result clearAllExceptEvents();
 
-    Q_SLOT void onStart();
-
 private:
-    /// Runs one write of the storage, once.
-    template <class Write>
-    static Result writeItem(Write &&write)
-    {
-        return write() ? Result::Success : Result::WriteFailed;
-    }
+    static Result writeResult(bool isWritten) { return isWritten ? Result::Success : Result::WriteFailed; }
 
     template <class Record>
-    struct Kind {
-    };
-
-    // The storage's delete of each kind.
-    bool removeItem(Kind<Domain>, quint32 id) { return m_database->deleteDomain(id); }
-    bool removeItem(Kind<User>, quint32 id) { return m_database->deleteUser(id); }
-    bool removeItem(Kind<Organization>, quint32 id) { return m_database->deleteOrganization(id); }
-    bool removeItem(Kind<Contractor>, quint32 id) { return m_database->deleteContractor(id); }
-    bool removeItem(Kind<Contract>, quint32 id) { return m_database->deleteContract(id); }
-    bool removeItem(Kind<Device>, quint32 id) { return m_database->deleteDevice(id); }
-    bool removeItem(Kind<Section>, quint32 device, quint32 id) { return m_database->deleteSection(device, id); }
-    bool removeItem(Kind<Zone>, quint32 device, quint32 section, quint32 id)
+    static Result foundResult(bool isDone, const Structures<Record> &found, Result ifNot)
     {
-        return m_database->deleteZone(device, section, id);
-    }
-    bool removeItem(Kind<Site>, quint32 id) { return m_database->deleteSite(id); }
-
-    template <class Record>
-    static Result changeResult(bool isWritten, const std::optional<Record> &record)
-    {
-        if (!isWritten)
-            return Result::WriteFailed;
-        return record ? Result::Success : Result::NotFound;
+        if (!isDone)
+            return ifNot;
+        return found.isEmpty() ? Result::NotFound : Result::Success;
     }
 
     static Result existsResult(bool isRead, bool isExists, Result ifNot)
@@ -145,19 +124,12 @@ private:
         return isExists ? Result::Success : ifNot;
     }
 
-    Result checkDevice(quint32 device);
-
-    template <class Record>
-    static Result listResult(bool isRead, const std::vector<Record> &records)
-    {
-        if (!isRead)
-            return Result::ReadFailed;
-        return records.empty() ? Result::NotFound : Result::Success;
-    }
+    /// Of a device; or of a device and a section, of which the section is looked at first.
+    static Result checkParents(Connection &connection, Numbers parents);
 
     std::atomic<unsigned int> m_state = TARNEL_STATE_CONNECTED;
     std::atomic<Result> m_connectResult = Result::NotAvailable;
-    std::unique_ptr<Database> m_database;
+    SQLiteDatabase m_database;
 };
 
 } // namespace tarnelLib::controller

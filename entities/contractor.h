@@ -15,8 +15,6 @@ struct Contractor {
     std::optional<Text> officialName;
     std::optional<Text> name;
     std::optional<Text> extra;
-
-    bool operator==(const Contractor &) const = default;
 };
 
 template <>

@@ -12,8 +12,6 @@ struct DeviceUser {
     std::optional<Text> comment;
     std::optional<Text> phone;
     std::vector<quint32> sections; ///< Identifiers; stored as `DeviceUserSectionLink`.
-
-    bool operator==(const DeviceUser &) const = default;
 };
 
 template <>
@@ -48,15 +46,12 @@ struct Schema<DeviceUserSectionLink> {
 struct Device {
     quint32 id = 0;
     std::optional<quint32> account;
-    std::optional<Domain> domain;
     std::optional<quint32> configVersion;
     std::vector<Section> sections;
     std::vector<DeviceUser> deviceUsers;
     std::optional<bool> isParted;
     std::optional<quint32> clusterId;
     std::optional<quint32> domainId;
-
-    bool operator==(const Device &) const = default;
 };
 
 template <>
@@ -71,7 +66,7 @@ struct Schema<Device> {
         Column{"IsParted", "parted", &Device::isParted, &Api::isParted},
         // Never a filter: clients rely on the refusal.
         Column{"ClusterId", "cluster_id", &Device::clusterId, &Api::clusterId, {.filter = Filter::Refused}},
-        Joined{&Device::domain, &Api::domain, &Device::domainId, Uncached::Absent},
+        Joined{&Api::domain, &Device::domainId, &Domain::id, Uncached::Absent},
         Children{"sections", &Device::sections, &Api::sections, &Api::sectionsCount},
         Children{"users", &Device::deviceUsers, &Api::deviceUsers, &Api::deviceUsersCount},
     };

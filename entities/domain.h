@@ -9,9 +9,7 @@ struct Domain {
     quint32 id = 0;
     std::optional<Text> name;
     std::optional<quint32> orgId;
-    std::optional<Locale> locale;
-
-    bool operator==(const Domain &) const = default;
+    std::optional<quint32> localeId;
 };
 
 template <>
@@ -22,7 +20,7 @@ struct Schema<Domain> {
         Id{"Id", "id", &Domain::id, &Api::id, {.deleteKey = "domain_id", .alternativeKey = "id"}},
         Column{"Name", "name", &Domain::name, &Api::name},
         Column{"OrgId", "org_id", &Domain::orgId, &Api::orgId},
-        Reference{"LocaleId", "locale_id", &Domain::locale, &Api::locale},
+        Reference{"LocaleId", "locale_id", &Domain::localeId, &Api::locale, &Locale::id},
     };
 };
 

@@ -24,12 +24,6 @@ struct Event {
     std::optional<bool> isClosed;
     std::optional<bool> affect;
     std::optional<Text> jData;
-    std::optional<quint32> deviceAccount;
-    std::optional<Text> sectionName;
-    std::optional<Text> zoneName;
-    std::optional<Text> domainName; ///< Of the domain of the operator.
-
-    bool operator==(const Event &) const = default;
 };
 
 template <>
@@ -55,10 +49,10 @@ struct Schema<Event> {
         Column{"IsClosed", "is_closed", &Event::isClosed, &Api::isClosed},
         Column{"Affect", "affect", &Event::affect, &Api::affect},
         Column{"JData", "jdata", &Event::jData, &Api::jData},
-        Borrowed{&Event::deviceAccount, &Api::deviceAccount, &Device::account},
-        Borrowed{&Event::sectionName, &Api::sectionName, &Section::name},
-        Borrowed{&Event::zoneName, &Api::zoneName, &Zone::name},
-        Borrowed{&Event::domainName, &Api::domainName, &Domain::name},
+        Borrowed{&Api::deviceAccount, &Device::account},
+        Borrowed{&Api::sectionName, &Section::name},
+        Borrowed{&Api::zoneName, &Zone::name},
+        Borrowed{&Api::domainName, &Domain::name}, // The domain of the operator.
     };
 };
 

@@ -4,6 +4,7 @@
 
 #include <QtGlobal>
 
+#include <array>
 #include <optional>
 #include <string_view>
 #include <tuple>
@@ -12,9 +13,10 @@
 
 /// The kinds of row that a record's list of fields is made of.
 ///
-/// The list is the only place where a field is written down: table, statements, reading of rows and requests, filters,
-/// conversion to the C structure and release are loops over it. A row names the field as the column does (the column is
-/// the table's name followed by it), then the JSON key, the record's member and the C structure's member.
+/// A record holds what requests carry, a C structure what reads hand out. The list of a record is the only place where
+/// a field is written down: table, statements, requests, filters, the reading of rows and the release of structures are
+/// loops over it. A row names the field as the column does (the column is the table's name followed by it), then the
+/// JSON key, the record's member and the C structure's member.
 namespace tarnelLib::controller {
 
 /// The field list of a record type, specialised beside the record:
@@ -27,13 +29,7 @@ using ApiOf = typename Schema<Record>::Api;
 
 /// What the pointer of an optional member of the C structure points to.
 template <class Value>
-struct ApiValue {
-    using Type = Value;
-};
-template <>
-struct ApiValue<Text> {
-    using Type = unsigned short;
-};
+using ApiValue = std::conditional_t<std::is_same_v<Value, Text>, unsigned short, Value>;
 
 /// The SQL type of a column follows from the type of the member, unless its row says otherwise.
 template <class Value>
@@ -66,17 +62,10 @@ struct Id {
     std::string_view key;
     quint32 Record::*member;
     unsigned int Api::*apiMember;
-    IdKeys keys;
-
-    constexpr Id(std::string_view fieldName, std::string_view jsonKey, quint32 Record::*recordMember,
-                 unsigned int Api::*structureMember, IdKeys furtherKeys = {})
-        : field(fieldName), key(jsonKey), member(recordMember), apiMember(structureMember), keys(furtherKeys)
-    {
-    }
+    IdKeys keys = {};
 };
-
-/// Whether an enclosing record's identifier is part of the primary key.
-enum class InPrimaryKey { Yes, No };
+template <class Record, class Api>
+Id(std::string_view, std::string_view, quint32 Record::*, unsigned int Api::*, IdKeys = {}) -> Id<Record, Api>;
 
 /// The identifier of an enclosing record: a column, but no member. Requests that name the record by itself give it
 /// under the key; filters do not know it.
@@ -85,13 +74,7 @@ struct ParentKey {
 
     std::string_view field;
     std::string_view requestKey;
-    bool isPrimaryKey;
-
-    constexpr ParentKey(std::string_view fieldName, std::string_view keyInRequests,
-                        InPrimaryKey inPrimaryKey = InPrimaryKey::Yes)
-        : field(fieldName), requestKey(keyInRequests), isPrimaryKey(inPrimaryKey == InPrimaryKey::Yes)
-    {
-    }
+    bool isPrimaryKey = true;
 };
 
 /// Whether lists can be filtered by a column.
@@ -105,7 +88,7 @@ struct ColumnOptions {
 /// An optional value in a column of its own.
 template <class Record, class Value, class Api, class ApiMember>
 struct Column {
-    static_assert(std::is_same_v<ApiMember, typename ApiValue<Value>::Type>,
+    static_assert(std::is_same_v<ApiMember, ApiValue<Value>>,
                   "the C structure's member must point to the type of the record's member");
     static constexpr bool isPrimaryKey = false;
 
@@ -124,143 +107,114 @@ struct Column {
     }
 };
 
-/// A value of another table's row, which the read joins: neither stored here nor part of a request.
-template <class Record, class Value, class Api, class ApiMember, class Other>
+/// A value of another table's row, which the read joins.
+template <class Api, class ApiMember, class Value, class Other>
 struct Borrowed {
-    static_assert(std::is_same_v<ApiMember, typename ApiValue<Value>::Type>,
-                  "the C structure's member must point to the type of the record's member");
+    static_assert(std::is_same_v<ApiMember, ApiValue<Value>>,
+                  "the C structure's member must point to the type of the other record's member");
+    using Source = Other;
 
-    std::optional<Value> Record::*member;
     ApiMember *Api::*apiMember;
     std::optional<Value> Other::*source;
-
-    constexpr Borrowed(std::optional<Value> Record::*recordMember, ApiMember *Api::*structureMember,
-                       std::optional<Value> Other::*otherMember)
-        : member(recordMember), apiMember(structureMember), source(otherMember)
-    {
-    }
 };
+template <class Api, class ApiMember, class Value, class Other>
+Borrowed(ApiMember *Api::*, std::optional<Value> Other::*) -> Borrowed<Api, ApiMember, Value, Other>;
 
-/// How another record that a record names reads while it is not in the cache: as its identifier alone, or not at all.
-/// `Absent` goes for all that is nested in the other record as well.
+/// How another record reads while it is not in the cache: as its identifier alone, or not at all. `Absent` goes for all
+/// that is nested in the other record as well.
 enum class Uncached { IdentifierAlone, Absent };
 
-/// How a request gives another record: by its identifier, or whole.
-enum class InRequest { AsIdentifier, Whole };
-
-struct ReferenceOptions {
-    Uncached uncached = Uncached::IdentifierAlone;
-    InRequest inRequest = InRequest::AsIdentifier;
-};
-
-/// Another record, stored as its identifier and joined on read.
-template <class Record, class Other, class Api, class ApiMember>
+/// Another record, joined on read by the identifier in this record's column. The record's member says what a request
+/// gives: the other record's identifier, or all of it.
+template <class Record, class Given, class Api, class ApiMember, class Other>
 struct Reference {
-    using Nested = Other;
     static_assert(std::is_same_v<ApiMember, ApiOf<Other>>,
-                  "the C structure's member must point to the structure of the record's member");
+                  "the C structure's member must point to the structure of the other record");
+    static_assert(std::is_same_v<Given, quint32> || std::is_same_v<Given, Other>,
+                  "the record's member must hold the other record, or its identifier");
+    using Nested = Other;
     static constexpr bool isPrimaryKey = false;
     static constexpr std::string_view sqlType = sqlTypeOf<quint32>();
 
     std::string_view field;
     std::string_view key;
-    std::optional<Other> Record::*member;
+    std::optional<Given> Record::*member;
     ApiMember *Api::*apiMember;
-    ReferenceOptions options;
-
-    constexpr Reference(std::string_view fieldName, std::string_view jsonKey,
-                        std::optional<Other> Record::*recordMember, ApiMember *Api::*structureMember,
-                        ReferenceOptions departures = {})
-        : field(fieldName), key(jsonKey), member(recordMember), apiMember(structureMember), options(departures)
-    {
-    }
+    quint32 Other::*identified;
+    Uncached uncached = Uncached::IdentifierAlone;
 };
+template <class Record, class Given, class Api, class ApiMember, class Other>
+Reference(std::string_view, std::string_view, std::optional<Given> Record::*, ApiMember *Api::*, quint32 Other::*,
+          Uncached = {}) -> Reference<Record, Given, Api, ApiMember, Other>;
 
-/// Another record, named by one of this record's columns and joined on read: not part of a request.
-template <class Record, class Other, class Api, class ApiMember, class Identifier>
+/// Whether 0 is an identifier like others.
+enum class Zero { IsIdentifier, IsNone };
+
+/// Another record, joined on read by the value of one of this record's columns.
+template <class Api, class ApiMember, class Record, class Value, class Other>
 struct Joined {
-    using Nested = Other;
     static_assert(std::is_same_v<ApiMember, ApiOf<Other>>,
-                  "the C structure's member must point to the structure of the record's member");
+                  "the C structure's member must point to the structure of the other record");
+    using Nested = Other;
 
-    std::optional<Other> Record::*member;
     ApiMember *Api::*apiMember;
-    std::optional<Identifier> Record::*identifier;
-    Uncached uncached; ///< For what is nested in the other record.
-
-    constexpr Joined(std::optional<Other> Record::*recordMember, ApiMember *Api::*structureMember,
-                     std::optional<Identifier> Record::*namedBy, Uncached nested = Uncached::IdentifierAlone)
-        : member(recordMember), apiMember(structureMember), identifier(namedBy), uncached(nested)
-    {
-    }
+    std::optional<Value> Record::*identifier;
+    quint32 Other::*identified;
+    Uncached uncached = Uncached::IdentifierAlone; ///< For what is nested in the other record.
+    Zero zero = Zero::IsIdentifier;
 };
+template <class Api, class ApiMember, class Record, class Value, class Other>
+Joined(ApiMember *Api::*, std::optional<Value> Record::*, quint32 Other::*, Uncached = {}, Zero = {})
+    -> Joined<Api, ApiMember, Record, Value, Other>;
 
-/// Another record, of the same identifier in a table of its own and joined on read; a request gives it whole.
+/// Another record, of the same identifier in a table of its own and joined on read; a request gives all of it.
 template <class Record, class Other, class Api, class ApiMember>
 struct Attached {
-    using Nested = Other;
     static_assert(std::is_same_v<ApiMember, ApiOf<Other>>,
                   "the C structure's member must point to the structure of the record's member");
+    using Nested = Other;
+    static constexpr auto identifier = &Record::id;
+    static constexpr auto uncached = Uncached::IdentifierAlone;
+    static constexpr auto zero = Zero::IsIdentifier;
 
     std::string_view key;
     std::optional<Other> Record::*member;
     ApiMember *Api::*apiMember;
-
-    constexpr Attached(std::string_view jsonKey, std::optional<Other> Record::*recordMember,
-                       ApiMember *Api::*structureMember)
-        : key(jsonKey), member(recordMember), apiMember(structureMember)
-    {
-    }
 };
-
-/// Another record, which a read of its own fills: neither stored here nor part of a request.
 template <class Record, class Other, class Api, class ApiMember>
-struct ReadApart {
-    using Nested = Other;
-    static_assert(std::is_same_v<ApiMember, ApiOf<Other>>,
-                  "the C structure's member must point to the structure of the record's member");
-
-    std::optional<Other> Record::*member;
-    ApiMember *Api::*apiMember;
-
-    constexpr ReadApart(std::optional<Other> Record::*recordMember, ApiMember *Api::*structureMember)
-        : member(recordMember), apiMember(structureMember)
-    {
-    }
-};
+Attached(std::string_view, std::optional<Other> Record::*, ApiMember *Api::*)
+    -> Attached<Record, Other, Api, ApiMember>;
 
 /// A list of records, or of identifiers, that is kept in tables of its own; a request gives it as an array.
 template <class Record, class Item, class Api, class ApiItem>
 struct Children {
+    using Nested = Item;
+
     std::string_view key;
     std::vector<Item> Record::*member;
     ApiItem *Api::*apiMember;
     unsigned int Api::*apiCount;
-
-    constexpr Children(std::string_view jsonKey, std::vector<Item> Record::*recordMember,
-                       ApiItem *Api::*structureMember, unsigned int Api::*structureCount)
-        : key(jsonKey), member(recordMember), apiMember(structureMember), apiCount(structureCount)
-    {
-    }
 };
+template <class Record, class Item, class Api, class ApiItem>
+Children(std::string_view, std::vector<Item> Record::*, ApiItem *Api::*, unsigned int Api::*)
+    -> Children<Record, Item, Api, ApiItem>;
 
-/// A row with a column of its own in the record's table.
+/// Whether a row is of a kind: `is<Row, Column>`.
+template <class Row, template <class...> class Kind>
+constexpr bool is = false;
+template <template <class...> class Kind, class... Parameters>
+constexpr bool is<Kind<Parameters...>, Kind> = true;
+
 template <class Row>
-concept Stored = requires(const Row &row)
-{
-    row.isPrimaryKey;
-};
+constexpr bool isParentKey = std::is_same_v<Row, ParentKey>;
 
-/// A row with an optional value.
+/// Whether a row has a column of its own in the record's table.
 template <class Row>
-concept HoldsValue = requires(const Row &row)
-{
-    row.filter;
-}
-|| requires(const Row &row)
-{
-    row.source;
-};
+constexpr bool isStored = isParentKey<Row> || is<Row, Id> || is<Row, Column> || is<Row, Reference>;
+
+/// Whether a row is another record that the read joins.
+template <class Row>
+constexpr bool isJoined = is<Row, Reference> || is<Row, Joined> || is<Row, Attached>;
 
 /// Calls `visit` with each row of the record's field list, in its order.
 template <class Record, class Visitor>
@@ -273,21 +227,26 @@ constexpr void forEachField(Visitor &&visit)
 template <class Record, class Visitor>
 constexpr void forEachColumn(Visitor &&visit)
 {
-    forEachField<Record>([&](const auto &row) {
-        if constexpr (Stored<decltype(row)>)
+    forEachField<Record>([&]<class Row>(const Row &row) {
+        if constexpr (isStored<Row>)
             visit(row);
     });
 }
-
-template <class Row>
-constexpr bool isParentKey = std::is_same_v<std::remove_cvref_t<Row>, ParentKey>;
 
 /// How many enclosing records a record's table names.
 template <class Record>
 constexpr std::size_t parentCount = [] {
     std::size_t count = 0;
-    forEachField<Record>([&](const auto &row) { count += isParentKey<decltype(row)> ? 1U : 0U; });
+    forEachField<Record>([&]<class Row>(const Row &) { count += isParentKey<Row> ? 1U : 0U; });
     return count;
 }();
+
+/// The identifiers of the records that enclose a record.
+template <class Record>
+using ParentIds = std::array<quint32, parentCount<Record>>;
+
+/// The identifiers of the enclosing records, and then the record's own.
+template <class Record>
+using Identifiers = std::array<quint32, parentCount<Record> + 1>;
 
 } // namespace tarnelLib::controller

@@ -11,8 +11,6 @@ struct Locale {
     quint32 id = 0;
     std::optional<Text> iso;
     std::optional<Text> description;
-
-    bool operator==(const Locale &) const = default;
 };
 
 template <>

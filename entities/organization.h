@@ -11,8 +11,6 @@ struct Person {
     std::optional<Text> phone;
     std::optional<Text> email;
     std::optional<Text> postal;
-
-    bool operator==(const Person &) const = default;
 };
 
 template <>
@@ -38,9 +36,7 @@ struct Organization {
     std::optional<Text> ogrn;
     std::optional<Text> address;
     std::optional<Person> contact;
-    std::optional<Locale> locale;
-
-    bool operator==(const Organization &) const = default;
+    std::optional<quint32> localeId;
 };
 
 template <>
@@ -54,8 +50,8 @@ struct Schema<Organization> {
         Column{"ShortName", "short_name", &Organization::shortName, &Api::shortName},
         Column{"Kpp", "kpp", &Organization::kpp, &Api::kpp},
         Column{"Ogrn", "ogrn", &Organization::ogrn, &Api::ogrn},
-        Reference{"ContactId", "contact", &Organization::contact, &Api::contact, {Uncached::Absent, InRequest::Whole}},
-        Reference{"LocaleId", "locale_id", &Organization::locale, &Api::locale, {Uncached::Absent}},
+        Reference{"ContactId", "contact", &Organization::contact, &Api::contact, &Person::id, Uncached::Absent},
+        Reference{"LocaleId", "locale_id", &Organization::localeId, &Api::locale, &Locale::id, Uncached::Absent},
         Column{"Address", "address_text", &Organization::address, &Api::address},
     };
 };

@@ -18,8 +18,6 @@ struct Section {
     std::optional<quint32> form;
     std::optional<quint32> delay;
     std::optional<quint32> uidType;
-
-    bool operator==(const Section &) const = default;
 };
 
 template <>

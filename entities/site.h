@@ -10,8 +10,6 @@ struct Location {
     quint32 id = 0;
     std::optional<double> latitude;
     std::optional<double> longitude;
-
-    bool operator==(const Location &) const = default;
 };
 
 template <>
@@ -32,9 +30,7 @@ struct Site {
     std::optional<Text> comment;
     std::optional<Text> extra;
     std::optional<bool> isCrossing;
-    std::optional<Domain> domain;
     std::optional<Text> address;
-    std::optional<Contract> contract;
     std::optional<qint32> contractStatus;
     std::optional<quint32> type;
     std::optional<quint32> category;
@@ -45,8 +41,6 @@ struct Site {
     std::optional<Location> location;
     std::optional<qint32> contractId;
     std::optional<bool> isSitePlanExists;
-
-    bool operator==(const Site &) const = default;
 };
 
 template <>
@@ -69,9 +63,8 @@ struct Schema<Site> {
         Column{"IsDelegated", "delegated", &Site::isDelegated, &Api::isDelegated},
         Column{"IsSitePlanExists", "site_plan", &Site::isSitePlanExists, &Api::isSitePlanExists},
         Attached{"location", &Site::location, &Api::location},
-        Joined{&Site::contract, &Api::contract, &Site::contractId, Uncached::Absent},
-        // Apart from the contract's domain, which the same join would bring.
-        ReadApart{&Site::domain, &Api::domain},
+        Joined{&Api::contract, &Site::contractId, &Contract::id, Uncached::Absent},
+        Joined{&Api::domain, &Site::domainId, &Domain::id, Uncached::IdentifierAlone, Zero::IsNone},
         Children{"devices", &Site::devices, &Api::devices, &Api::devicesCount},
     };
 };

@@ -14,10 +14,7 @@ struct User {
     std::optional<quint32> domainId;
     std::optional<quint32> orgId;
     std::optional<quint64> roles;
-    std::optional<Domain> domain;
     std::optional<quint32> phone;
-
-    bool operator==(const User &) const = default;
 };
 
 template <>
@@ -33,7 +30,7 @@ struct Schema<User> {
         Column{"DomainId", "domain", &User::domainId, &Api::domainId},
         Column{"OrgId", "org", &User::orgId, &Api::orgId},
         Column{"Roles", "roles", &User::roles, &Api::roles},
-        Joined{&User::domain, &Api::domain, &User::domainId},
+        Joined{&Api::domain, &User::domainId, &Domain::id},
         Column{"Phone", "phone", &User::phone, &Api::phone, {.sqlType = "DOUBLE"}},
     };
 };

@@ -19,8 +19,6 @@ struct Zone {
     std::optional<quint32> tracert;
     std::optional<quint32> uidType;
     std::optional<quint32> arm;
-
-    bool operator==(const Zone &) const = default;
 };
 
 template <>
@@ -30,7 +28,7 @@ struct Schema<Zone> {
     static constexpr auto fields = std::tuple{
         ParentKey{"DeviceId", "device"},
         // A zone number is unique within its device: an update can move the zone to another section.
-        ParentKey{"SectionId", "section", InPrimaryKey::No},
+        ParentKey{.field = "SectionId", .requestKey = "section", .isPrimaryKey = false},
         Id{"ZoneId", "id", &Zone::id, &Api::id, {.deleteKey = "zone", .alternativeKey = "zone"}},
         Column{"Name", "name", &Zone::name, &Api::name},
         Column{"Detector", "detector", &Zone::detector, &Api::detector},

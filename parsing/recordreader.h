@@ -27,13 +27,20 @@ qint64 truncated(double number);
 [[nodiscard]] bool readValue(JsonReader &json, double &destination);
 [[nodiscard]] bool readValue(JsonReader &json, std::optional<Text> &destination);
 
-/// Reads the array ahead. False if it is none, or if an item is not of the type; all of it has been passed then.
-template <class Item>
-[[nodiscard]] bool readItems(JsonReader &json, std::vector<Item> &items);
-
-/// The identifiers of the records that enclose a record.
+template <class Value>
+[[nodiscard]] bool readValue(JsonReader &json, std::optional<Value> &destination)
+{
+    return readValue(json, destination.emplace());
+}
+/// A record, by its field list.
 template <class Record>
-using ParentIds = std::array<quint32, parentCount<Record>>;
+[[nodiscard]] bool readValue(JsonReader &json, Record &record) requires requires
+{
+    Schema<Record>::fields;
+};
+/// The array ahead. False if it is none, or if an item is not of the type; all of it has been passed then.
+template <class Item>
+[[nodiscard]] bool readValue(JsonReader &json, std::vector<Item> &items);
 
 /// Fills a record from the object ahead, by the record's field list. Of a key that stands there twice the last value
 /// counts, also if an earlier one was of a wrong type.
@@ -106,92 +113,43 @@ private:
     {
         bool isComplete = true;
         std::size_t position = 0;
-        forEachField<Record>([&](const auto &field) {
-            const quint64 bit = 1ULL << position++;
-            isComplete = isComplete && take(field, (m_found & bit) != 0);
+        forEachField<Record>([&]<class Row>(const Row &row) {
+            const bool isFound = (m_found & 1ULL << position++) != 0;
+            if constexpr (isParentKey<Row>)
+                isComplete = isComplete && (m_parents == nullptr || isFound);
+            else if constexpr (is<Row, Id>)
+                isComplete = isComplete && takeId(row, isFound);
+            else if constexpr (is<Row, Attached>) {
+                if (isFound && m_record.*row.member)
+                    (m_record.*row.member)->id = m_record.id;
+            }
         });
         return isComplete;
     }
 
-    template <class Api>
-    bool take(const Id<Record, Api> &field, bool isFound)
+    bool takeId(const auto &row, bool isFound)
     {
         constexpr quint64 alternativeBit = 1ULL << alternativeId;
         if (isFound) {
             m_wrong &= ~alternativeBit; // It was not needed.
             return true;
         }
-        if ((m_found & alternativeBit) != 0)
-            m_record.*field.member = m_alternativeId;
-        return field.key.empty() || (m_found & alternativeBit) != 0;
-    }
-
-    [[nodiscard]] bool take(const ParentKey &, bool isFound) const { return m_parents == nullptr || isFound; }
-
-    template <class Other, class Api, class ApiMember>
-    bool take(const Attached<Record, Other, Api, ApiMember> &field, bool isFound)
-    {
-        if (isFound && m_record.*field.member)
-            (m_record.*field.member)->id = m_record.id;
-        return true;
-    }
-
-    /// Constant, as the one for parents: otherwise this one would be the better match for them.
-    template <class Row>
-    [[nodiscard]] bool take(const Row &, bool) const
-    {
-        return true;
-    }
-
-    template <class Api>
-    bool readField(JsonReader &json, const Id<Record, Api> &field, std::size_t)
-    {
-        return readValue(json, m_record.*field.member);
-    }
-
-    bool readField(JsonReader &json, const ParentKey &, std::size_t parent)
-    {
-        if (m_parents != nullptr)
-            return readValue(json, m_parents->at(parent));
-        json.skip();
-        return true;
-    }
-
-    template <class Value, class Api, class ApiMember>
-    bool readField(JsonReader &json, const Column<Record, Value, Api, ApiMember> &field, std::size_t)
-    {
-        std::optional<Value> &member = m_record.*field.member;
-        if constexpr (std::is_same_v<Value, Text>)
-            return readValue(json, member);
-        else
-            return readValue(json, member.emplace());
-    }
-
-    template <class Other, class Api, class ApiMember>
-    bool readField(JsonReader &json, const Reference<Record, Other, Api, ApiMember> &field, std::size_t)
-    {
-        Other &other = (m_record.*field.member).emplace();
-        return field.options.inRequest == InRequest::Whole ? RecordReader<Other>::read(json, other)
-                                                           : readValue(json, other.id);
-    }
-
-    template <class Other, class Api, class ApiMember>
-    bool readField(JsonReader &json, const Attached<Record, Other, Api, ApiMember> &field, std::size_t)
-    {
-        return RecordReader<Other>::read(json, (m_record.*field.member).emplace());
-    }
-
-    template <class Item, class Api, class ApiItem>
-    bool readField(JsonReader &json, const Children<Record, Item, Api, ApiItem> &field, std::size_t)
-    {
-        return readItems(json, m_record.*field.member);
+        const bool hasAlternative = (m_found & alternativeBit) != 0;
+        if (hasAlternative)
+            m_record.*row.member = m_alternativeId;
+        return row.key.empty() || hasAlternative;
     }
 
     template <std::size_t Position>
     static bool readAt(RecordReader &reader, JsonReader &json)
     {
-        // Parents are the first rows of their list.
-        return reader.readField(json, std::get<Position>(fields), Position);
+        const auto &row = std::get<Position>(fields);
+        if constexpr (!isParentKey<std::remove_cvref_t<decltype(row)>>)
+            return readValue(json, reader.m_record.*row.member);
+        else if (reader.m_parents != nullptr)
+            return readValue(json, reader.m_parents->at(Position)); // Parents are the first rows of their list.
+        json.skip();
+        return true;
     }
 
     static bool readAlternativeId(RecordReader &reader, JsonReader &json)
@@ -207,7 +165,7 @@ private:
             if (field.keys.alternativeKey != field.key)
                 list[alternativeId] = {field.keys.alternativeKey, readAlternativeId};
         }
-        if constexpr (isParentKey<decltype(field)>)
+        if constexpr (requires { field.requestKey; })
             list[Position] = {field.requestKey, readAt<Position>};
         else if constexpr (requires { field.key; })
             list[Position] = {field.key, readAt<Position>};
@@ -237,8 +195,17 @@ private:
 template <class Record>
 constexpr typename RecordReader<Record>::Entries RecordReader<Record>::entries = RecordReader<Record>::makeEntries();
 
+template <class Record>
+bool readValue(JsonReader &json, Record &record) requires requires
+{
+    Schema<Record>::fields;
+}
+{
+    return RecordReader<Record>::read(json, record);
+}
+
 template <class Item>
-bool readItems(JsonReader &json, std::vector<Item> &items)
+bool readValue(JsonReader &json, std::vector<Item> &items)
 {
     items.clear();
     if (json.type() != JsonReader::Type::Array) {
@@ -246,13 +213,7 @@ bool readItems(JsonReader &json, std::vector<Item> &items)
         return false;
     }
     bool isAccepted = true;
-    json.readArray([&] {
-        Item &item = items.emplace_back();
-        if constexpr (std::is_arithmetic_v<Item>)
-            isAccepted = readValue(json, item) && isAccepted;
-        else
-            isAccepted = RecordReader<Item>::read(json, item) && isAccepted;
-    });
+    json.readArray([&] { isAccepted = readValue(json, items.emplace_back()) && isAccepted; });
     return isAccepted;
 }
 

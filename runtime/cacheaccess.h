@@ -2,22 +2,44 @@
 
 #include "controller/controller.h"
 
-#include <mutex>
+#include <new>
 
-namespace tarnelLib::api {
+namespace tarnelLib::runtime {
 
-/// Holds the one lock around a call that touches the cache, and with it the running cache's controller: null if no
-/// cache is running, or if it runs in the process that this one was forked from.
+struct Launch;
+
+/// A call in progress, which an exit waits for, with the running cache's controller: null if no cache is running, or if
+/// it runs in the process that this one was forked from.
 class CacheAccess
 {
 public:
     CacheAccess();
+    CacheAccess(const CacheAccess &) = delete;
+    CacheAccess &operator=(const CacheAccess &) = delete;
+    ~CacheAccess();
 
     [[nodiscard]] controller::Controller *controller() const { return m_controller; }
 
 private:
-    std::unique_lock<std::mutex> m_lock;
+    Launch *m_launch = nullptr;
     controller::Controller *m_controller = nullptr;
 };
 
-} // namespace tarnelLib::api
+/// The one way into the library for a call: refuses it when no cache is running, and lets no exception out.
+template <class Operation>
+unsigned int withController(Operation &&operation) noexcept
+{
+    Result result = Result::NotAvailable;
+    try {
+        const CacheAccess access;
+        if (controller::Controller *controller = access.controller())
+            result = operation(*controller);
+    } catch (const std::bad_alloc &) {
+        result = Result::AllocationFailed;
+    } catch (...) {
+        result = Result::NotAvailable; // The cache is being exited, and the call got no connection any more.
+    }
+    return static_cast<unsigned int>(result);
+}
+
+} // namespace tarnelLib::runtime

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-namespace tarnelLib::api {
+namespace tarnelLib::runtime {
 
 bool EventDispatcher::processEvents(QEventLoop::ProcessEventsFlags flags)
 {
@@ -104,4 +104,4 @@ void EventDispatcher::interrupt()
     wakeUp();
 }
 
-} // namespace tarnelLib::api
+} // namespace tarnelLib::runtime

@@ -7,7 +7,7 @@
 #include <mutex>
 #include <vector>
 
-namespace tarnelLib::api {
+namespace tarnelLib::runtime {
 
 /// Delivers posted events and timers on the launching thread, which is all that the cache needs.
 ///
@@ -55,4 +55,4 @@ private:
     bool m_isWoken = false; ///< By a posted event, or by the wish to end the loop.
 };
 
-} // namespace tarnelLib::api
+} // namespace tarnelLib::runtime

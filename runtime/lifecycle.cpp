@@ -1,3 +1,5 @@
+#include "runtime/lifecycle.h"
+
 #include "runtime/cacheaccess.h"
 #include "runtime/eventdispatcher.h"
 
@@ -12,32 +14,33 @@
 #include <atomic>
 #include <clocale>
 #include <condition_variable>
+#include <mutex>
 #include <string>
 
-namespace tarnelLib::api {
-
-namespace {
+namespace tarnelLib::runtime {
 
 using controller::Controller;
-
-/// Written changes are in the main file at the latest this long after they were made, plus the folding itself.
-constexpr int foldDelayMs = 1500;
 
 /// One call of `launchCache`.
 struct Launch {
     quint64 number = 0;         ///< Tells launches apart: a later one is likely to have the same address.
     QEventLoop *loop = nullptr; ///< Set while an event loop runs, or is about to.
     bool isExitRequested = false;
+    unsigned int calls = 0; ///< In progress.
 };
+
+namespace {
+
+/// Written changes are in the main file at the latest this long after they were made, plus the folding itself.
+constexpr int foldDelayMs = 1500;
 
 /// What the whole library shares. It is never destroyed: a client may return from `main` while the cache runs.
 struct Cache {
-    /// Held by a call for as long as it works on the records, and while the controller is destroyed.
-    std::mutex callMutex;
-
-    /// Guards what follows. It is held for moments only, so that the state can be asked for during a long call.
+    /// Guards everything here and in the launches. It is held for moments only, so that the state can be asked for
+    /// during a long call.
     std::mutex mutex;
     std::condition_variable launchChanged;
+    std::condition_variable callsEnded;
     Launch *running = nullptr; ///< The launch that has the application object and the database.
     Launch *newest = nullptr;  ///< That one, or one that waits for it to end.
     quint64 launchCount = 0;
@@ -60,8 +63,6 @@ Cache *makeCache()
     ::pthread_atfork([] { cache().mutex.lock(); }, [] { cache().mutex.unlock(); },
                      [] {
                          isForkedOff = cache().newest != nullptr || cache().running != nullptr;
-                         // A call that found no cache may have held it, on a thread that is not here.
-                         ::new (&cache().callMutex) std::mutex;
                          cache().mutex.unlock();
                      });
     return new Cache;
@@ -76,16 +77,25 @@ Cache &cache()
     return *sharedCache;
 }
 
-/// Destroys the controller when the call in progress has ended, unless it is that of a later launch already.
+/// Destroys the controller when the calls in progress have ended, unless it is that of a later launch already.
 void destroyController(quint64 launchNumber)
 {
-    const std::lock_guard callLock(cache().callMutex);
-    std::unique_ptr<Controller> controller;
-    {
-        const std::lock_guard lock(cache().mutex);
-        if (cache().running != nullptr && cache().running->number == launchNumber)
-            controller = std::move(cache().cacheController);
-    }
+    std::unique_lock lock(cache().mutex);
+    const auto isRunning = [&] { return cache().running != nullptr && cache().running->number == launchNumber; };
+    if (isRunning() && cache().cacheController)
+        cache().cacheController->close();
+    cache().callsEnded.wait(lock, [&] { return !isRunning() || cache().running->calls == 0; });
+    if (!isRunning() || !cache().cacheController)
+        return;
+    // It counts as a call: the launch must not end before the file is closed.
+    Launch &launch = *cache().running;
+    ++launch.calls;
+    std::unique_ptr<Controller> controller = std::move(cache().cacheController);
+    lock.unlock();
+    controller.reset();
+    lock.lock();
+    --launch.calls;
+    cache().callsEnded.notify_all();
 }
 
 /// Makes an application object. Qt's sets the locale of the process to that of the environment, which would change how
@@ -124,9 +134,10 @@ void runLaunch(Launch &launch)
     foldTimer.setSingleShot(true);
     foldTimer.setInterval(foldDelayMs);
     QObject::connect(&foldTimer, &QTimer::timeout, [] {
-        const CacheAccess access;
-        if (Controller *controller = access.controller())
-            controller->database().foldLog();
+        withController([](Controller &running) {
+            running.foldLog();
+            return Result::Success;
+        });
     });
 
     auto controller = std::make_unique<Controller>();
@@ -202,12 +213,22 @@ CacheAccess::CacheAccess()
 {
     if (isForkedOff)
         return;
-    m_lock = std::unique_lock(cache().callMutex);
     const std::lock_guard lock(cache().mutex);
     m_controller = cache().availableController();
+    if (m_controller != nullptr) {
+        m_launch = cache().running;
+        ++m_launch->calls;
+    }
 }
 
-namespace {
+CacheAccess::~CacheAccess()
+{
+    if (m_launch == nullptr)
+        return;
+    const std::lock_guard lock(cache().mutex);
+    if (--m_launch->calls == 0 && m_launch->isExitRequested)
+        cache().callsEnded.notify_all();
+}
 
 void startCache() noexcept
 {
@@ -242,30 +263,16 @@ void stopCache() noexcept
     destroyController(runningNumber);
 }
 
-} // namespace
-
-} // namespace tarnelLib::api
-
-namespace api = tarnelLib::api;
-
-void launchCache()
+unsigned int state()
 {
-    api::startCache();
+    return askController(TARNEL_STATE_NONE, [](const Controller &controller) { return controller.getState(); });
 }
 
-void exitCache()
+unsigned int launchResult()
 {
-    api::stopCache();
-}
-
-unsigned int getState()
-{
-    return api::askController(TARNEL_STATE_NONE, [](const auto &controller) { return controller.getState(); });
-}
-
-unsigned int getLaunchCacheResult()
-{
-    return api::askController(TARNEL_NOT_AVAILABLE, [](const auto &controller) {
+    return askController(TARNEL_NOT_AVAILABLE, [](const Controller &controller) {
         return static_cast<unsigned int>(controller.getConnectToDatabaseResult());
     });
 }
+
+} // namespace tarnelLib::runtime

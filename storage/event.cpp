@@ -1,5 +1,5 @@
 #include "storage/eventnames.h"
-#include "storage/sqlitedatabase.h"
+#include "storage/tableoperations.h"
 
 #include <algorithm>
 
@@ -27,12 +27,14 @@ std::string selectEvents(sql::JoinKind deviceJoin)
     const auto &zones = TableModel<Zone>::fields;
     sql::Selection selection = SelectionBuilder::of<Event>();
     selection.joins = {
-        {Schema<Device>::table, equals(device, TableModel<Device>::column(&Device::id)), deviceJoin},
-        {Schema<Section>::table, equals(device, sections[0]) + " AND " + equals(section, sections[1])},
-        {Schema<Zone>::table, equals(device, zones[0]) + " AND " + equals(section, zones[1]) + " AND " +
-                                  equals(columnOf(&Event::zoneId), zones[2])},
-        {Schema<User>::table, equals(columnOf(&Event::userId), TableModel<User>::column(&User::id))},
-        {Schema<Domain>::table, equals(columnOf(&User::domainId), TableModel<Domain>::column(&Domain::id))},
+        {Schema<Device>::table, {}, equals(device, TableModel<Device>::column(&Device::id)), deviceJoin},
+        {Schema<Section>::table, {}, equals(device, sections[0]) + " AND " + equals(section, sections[1])},
+        {Schema<Zone>::table,
+         {},
+         equals(device, zones[0]) + " AND " + equals(section, zones[1]) + " AND " +
+             equals(columnOf(&Event::zoneId), zones[2])},
+        {Schema<User>::table, {}, equals(columnOf(&Event::userId), TableModel<User>::column(&User::id))},
+        {Schema<Domain>::table, {}, equals(columnOf(&User::domainId), TableModel<Domain>::column(&Domain::id))},
     };
     return sql::select(selection);
 }
@@ -45,8 +47,8 @@ std::string selectBareEvents()
     return sql::select(selection);
 }
 
-/// From so many events on it is worth while to look names up instead of joining them: of 1,000 devices' events, 1,000
-/// take 1.2 times as long that way, 10,000 take 0.75 times as long, and 100,000 take 0.55 times.
+/// From this many events on their names are looked up instead of joined: of 1,000 devices' events, 1,000 take 1.2 times
+/// as long that way, 10,000 take 0.75 times as long, and 100,000 take 0.55 times.
 constexpr quint32 manyEvents = 2000;
 
 /// Whether SQLite gives a text back as it was given. It keeps UTF-8, which knows no unpaired surrogates, takes a
@@ -86,166 +88,156 @@ void sortAsStored(std::vector<Event> &events)
     events.erase(events.begin(), std::unique(events.rbegin(), events.rend(), isSame).base());
 }
 
-/// The statements that events alone have.
-enum Special : std::size_t {
-    CountInRange,
-    GetInRange,
-    GetBareInRange,
-    GetById,
-    GetAffects,
-    GetOfMany,
-    CreateIndex,
-    RemoveAffectFlag,
-    ClearBefore
-};
-
-constexpr QueryPreparer::Key key(std::size_t statement)
+/// Fills a structure, of which every member is null, with what the event holds.
+void toStructure(Event &&event, api::Event &structure)
 {
-    return {QueryPreparer::Verb::Special, &Schema<Event>::table, statement};
-}
-
-} // namespace
-
-bool SQLiteDatabase::createEventsTimeIndex()
-{
-    return run(m_preparer.prepare(key(CreateIndex),
-                                  [] {
-                                      const std::string column = columnOf(&Event::time);
-                                      return "CREATE INDEX IF NOT EXISTS " + column + "Index ON " +
-                                             std::string(Model::table) + " (" + column + ")";
-                                  }),
-               "Create Events Time Index error");
-}
-
-bool SQLiteDatabase::doAddEvents(std::span<const Event> events)
-{
-    return insertAll(events, "add events error") && createEventsTimeIndex();
-}
-
-bool SQLiteDatabase::add(std::vector<Event> &events)
-{
-    return inTransaction([&] {
-        if (!doAddEvents(events))
-            return false;
-        // What has been stored is known: reading it back would cost as much again as storing it.
-        return std::ranges::all_of(events, [](const Event &event) { return isKeptAsGiven(event); })
-                   ? lendNames(events, "get events by ids error")
-                   : readBack(events);
+    forEachColumn<Event>([&]<class Row>(const Row &row) {
+        if constexpr (is<Row, Id>)
+            structure.*row.apiMember = event.*row.member;
+        else
+            structure.*row.apiMember = toMember(std::move(event.*row.member));
     });
 }
 
-/// Takes the events, which hold what is stored, for those that a read by their identifiers would give.
-bool SQLiteDatabase::lendNames(std::vector<Event> &events, const char *message)
+/// What a select of a range of time is for.
+enum class InRange : std::size_t { Count, WithNames, Bare };
+
+Query prepareInRange(Connection &reader, InRange version, Numbers range)
 {
-    sortAsStored(events);
-    EventNames names(m_preparer);
-    std::erase_if(events, [&](Event &event) { return !names.lendTo(event); });
-    return names.failure() == nullptr || isDone(Statement::Step::Failed, *names.failure(), message);
+    Query query = reader.prepare(
+        [version] {
+            const std::string condition = " WHERE " + columnOf(&Event::time) + " BETWEEN ? AND ?";
+            if (version == InRange::Count)
+                return "SELECT count(*) FROM (SELECT 1 FROM " + std::string(Model::table) + condition + " LIMIT " +
+                       std::to_string(manyEvents) + ")";
+            return (version == InRange::WithNames ? selectEvents(sql::JoinKind::Inner) : selectBareEvents()) +
+                   condition;
+        },
+        static_cast<std::size_t>(version));
+    query->bindNumbers(range);
+    return query;
 }
 
-bool SQLiteDatabase::readBack(std::vector<Event> &events)
+bool readInRange(Connection &reader, Structures<Event> &found, Numbers range)
+{
+    constexpr const char *message = "get events error";
+    quint32 count = 0;
+    if (!reader.readFirst(prepareInRange(reader, InRange::Count, range), message,
+                          [&](const Statement &row) { row.read(0, count); }))
+        return false;
+    if (count < manyEvents)
+        return reader.readAll(prepareInRange(reader, InRange::WithNames, range), found, message);
+    EventNames names(reader);
+    const bool isRead =
+        reader.readEach(prepareInRange(reader, InRange::Bare, range), message, [&](const Statement &row) {
+            RowReader::read<Event>(row, found.append());
+            if (!names.lendTo(found.all().back()))
+                found.removeLast();
+        });
+    return isRead && (names.failure() == nullptr || reader.fail(*names.failure()));
+}
+
+bool readOne(Connection &reader, Structures<Event> &found, quint32 id)
+{
+    return reader.readOne(Table<Event>::prepareGetById(reader, id), found, "get event by id error");
+}
+
+bool insert(WriteConnection &writer, std::span<const Event> events)
+{
+    return insertAll(writer, events, "add events error") && writer.run(writer.prepare([] {
+        const std::string column = columnOf(&Event::time);
+        return "CREATE INDEX IF NOT EXISTS " + column + "Index ON " + std::string(Model::table) + " (" + column + ")";
+    }),
+                                                                       "Create Events Time Index error");
+}
+
+/// Makes of events, which hold what is stored, what a read by their identifiers would give.
+bool lendNames(Connection &reader, std::vector<Event> &&events, Structures<Event> &stored)
+{
+    sortAsStored(events);
+    EventNames names(reader);
+    for (Event &event : events) {
+        toStructure(std::move(event), stored.append());
+        if (!names.lendTo(stored.all().back()))
+            stored.removeLast();
+    }
+    return names.failure() == nullptr || reader.fail(*names.failure());
+}
+
+bool readBack(Connection &reader, std::span<const Event> events, Structures<Event> &stored)
 {
     std::vector<quint32> identifiers;
     identifiers.reserve(events.size());
     for (const Event &event : events)
         identifiers.push_back(event.id);
-    events.clear();
-    Query query = m_preparer.prepare(
-        key(GetOfMany), [] { return selectEvents(sql::JoinKind::Inner) + sql::whereIsListed(columnOf(&Event::id)); });
+    Query query =
+        reader.prepare([] { return selectEvents(sql::JoinKind::Inner) + sql::whereIsListed(columnOf(&Event::id)); });
     query->bindList(1, identifiers);
-    return readAll(std::move(query), events, "get events by ids error");
+    return reader.readAll(std::move(query), stored, "get events by ids error");
 }
 
-bool SQLiteDatabase::add(std::optional<Event> &event)
-{
-    return inTransaction([&] {
-        const quint32 id = event->id;
-        return doAddEvents({&*event, 1}) && getEventById(event, id);
-    });
-}
+} // namespace
 
-bool SQLiteDatabase::get(std::vector<Event> &events, quint32 from, quint32 to)
+bool Table<Event>::add(WriteConnection &writer, std::vector<Event> &&events, Structures<Event> &stored)
 {
-    constexpr const char *message = "get events error";
-    return inTransaction([&] {
-        quint32 count = 0;
-        if (!readFirst(prepareInRange(CountInRange, from, to), message,
-                       [&](const Statement &row) { row.read(0, count); }))
+    return writer.inTransaction([&] {
+        if (!insert(writer, events) || !writer.enter("get events by ids error"))
             return false;
-        if (count < manyEvents)
-            return readAll(prepareInRange(GetInRange, from, to), events, message);
-        EventNames names(m_preparer);
-        const bool isRead = readEach(prepareInRange(GetBareInRange, from, to), message, [&](const Statement &row) {
-            RowReader::read(row, events.emplace_back());
-            if (!names.lendTo(events.back()))
-                events.pop_back();
-        });
-        return isRead && (names.failure() == nullptr || isDone(Statement::Step::Failed, *names.failure(), message));
+        // What has been stored is known: reading it back would cost as much again as storing it.
+        return std::ranges::all_of(events, [](const Event &event) { return isKeptAsGiven(event); })
+                   ? lendNames(writer, std::move(events), stored)
+                   : readBack(writer, events, stored);
     });
 }
 
-Query SQLiteDatabase::prepareInRange(std::size_t statement, quint32 from, quint32 to)
+bool Table<Event>::add(WriteConnection &writer, const Event &event, Structures<Event> &stored)
 {
-    Query query = m_preparer.prepare(key(statement), [&] {
-        const std::string condition = " WHERE " + columnOf(&Event::time) + " BETWEEN ? AND ?";
-        if (statement == CountInRange)
-            return "SELECT count(*) FROM (SELECT 1 FROM " + std::string(Model::table) + condition + " LIMIT " +
-                   std::to_string(manyEvents) + ")";
-        return (statement == GetInRange ? selectEvents(sql::JoinKind::Inner) : selectBareEvents()) + condition;
-    });
-    QueryPreparer::bindAll(*query, from, to);
-    return query;
+    return writer.inTransaction([&] { return insert(writer, {&event, 1}) && readOne(writer, stored, event.id); });
 }
 
-bool SQLiteDatabase::get(std::vector<Event> &events)
+bool Table<Event>::get(Connection &reader, Structures<Event> &found, Numbers range)
 {
-    return readAll(m_preparer.prepare(key(GetAffects),
-                                      [] {
-                                          return selectEvents(sql::JoinKind::Inner) + " WHERE " +
-                                                 columnOf(&Event::affect) + " = 1";
-                                      }),
-                   events, "get affect events error");
+    if (!range.empty())
+        return reader.inSnapshot([&] { return readInRange(reader, found, range); });
+    return reader.readAll(reader.prepare([] {
+        return selectEvents(sql::JoinKind::Inner) + " WHERE " + columnOf(&Event::affect) + " = 1";
+    }),
+                          found, "get affect events error");
 }
 
-Query SQLiteDatabase::prepareGetEventById(quint32 id)
+Query Table<Event>::prepareGetById(Connection &reader, quint32 id)
 {
-    Query query = m_preparer.prepare(
-        key(GetById), [] { return selectEvents(sql::JoinKind::Left) + sql::where({columnOf(&Event::id)}); });
+    Query query = reader.prepare([] { return selectEvents(sql::JoinKind::Left) + sql::where({columnOf(&Event::id)}); });
     query->bind(1, id);
     return query;
 }
 
-bool SQLiteDatabase::getEventById(std::optional<Event> &event, quint32 id)
+bool Table<Event>::isExists(Connection &reader, bool &isExists, Numbers identifiers)
 {
-    return readOne(prepareGetEventById(id), event, "get event by id error");
+    return reader.readExists(reader.prepareIsExists<Event>(identifiers), isExists, "is event exists error");
 }
 
-bool SQLiteDatabase::isEventExists(bool &isExists, quint32 id)
+bool Table<Event>::removeAffectFlag(WriteConnection &writer, quint32 id, Structures<Event> &stored)
 {
-    return readExists(m_preparer.prepareIsExists<Event>(id), isExists, "is event exists error");
-}
-
-bool SQLiteDatabase::removeAffectFlag(std::optional<Event> &event, quint32 id)
-{
-    return inTransaction([&] {
-        Query query = m_preparer.prepare(key(RemoveAffectFlag), [] {
+    return writer.inTransaction([&] {
+        Query query = writer.prepare([] {
             return "UPDATE " + std::string(Model::table) + " SET " + columnOf(&Event::affect) + " = 0" +
                    sql::where({columnOf(&Event::id)});
         });
         query->bind(1, id);
-        return run(std::move(query), "remove affect flag error") && getEventById(event, id);
+        return writer.run(std::move(query), "remove affect flag error") && readOne(writer, stored, id);
     });
 }
 
-bool SQLiteDatabase::clearEventsBeforeDateExceptAffects(quint32 date)
+bool Table<Event>::clearBeforeDateExceptAffects(WriteConnection &writer, quint32 date)
 {
-    return inTransaction([&] {
-        Query query = m_preparer.prepare(key(ClearBefore), [] {
+    return writer.inTransaction([&] {
+        Query query = writer.prepare([] {
             return sql::deleteFrom(Model::table) + " WHERE " + columnOf(&Event::time) + " <= ? AND " +
                    columnOf(&Event::affect) + " = 0";
         });
         query->bind(1, date);
-        return run(std::move(query), "clear events before date error");
+        return writer.run(std::move(query), "clear events before date error");
     });
 }
 

@@ -4,35 +4,41 @@ namespace tarnelLib::controller {
 
 namespace {
 
-/// The statement that reads one column of the row with the first so many identifiers.
+/// The statement that reads one column of the row with the identifiers that the table begins with.
 template <class Record>
 Query prepareLookUp(QueryPreparer &preparer, const ModelField &column, std::size_t identifierCount,
                     const std::vector<sql::Join> &joins = {})
 {
-    return preparer.prepare({QueryPreparer::Verb::LookUp, &column}, [&] {
-        return sql::select({.table = Schema<Record>::table, .columns = {column.column()}, .joins = joins}) +
-               sql::where(QueryPreparer::firstColumns<Record>(identifierCount));
-    });
+    return preparer.prepare(
+        [&] {
+            return sql::select({.table = Schema<Record>::table, .columns = {column.column()}, .joins = joins}) +
+                   sql::where(QueryPreparer::firstColumns<Record>(identifierCount));
+        },
+        0, &column);
 }
 
 std::vector<sql::Join> joinDomainOfUser()
 {
     const std::string condition =
         TableModel<User>::column(&User::domainId).column() + " = " + TableModel<Domain>::column(&Domain::id).column();
-    return {{Schema<Domain>::table, condition}};
+    return {{Schema<Domain>::table, {}, condition}};
 }
 
 } // namespace
 
 EventNames::EventNames(QueryPreparer &preparer)
-    : m_accounts{prepareLookUp<Device>(preparer, TableModel<Device>::column(&Device::account), 1), {}},
-      m_sections{prepareLookUp<Section>(preparer, TableModel<Section>::column(&Section::name), 2), {}},
-      m_zones{prepareLookUp<Zone>(preparer, TableModel<Zone>::column(&Zone::name), 3), {}},
-      m_domains{prepareLookUp<User>(preparer, TableModel<Domain>::column(&Domain::name), 1, joinDomainOfUser()), {}}
+    : m_accounts{prepareLookUp<Device>(preparer, TableModel<Device>::column(&Device::account), 1),
+                 decltype(m_accounts.rows)(&m_memory)},
+      m_sections{prepareLookUp<Section>(preparer, TableModel<Section>::column(&Section::name), 2),
+                 decltype(m_sections.rows)(&m_memory)},
+      m_zones{prepareLookUp<Zone>(preparer, TableModel<Zone>::column(&Zone::name), 3),
+              decltype(m_zones.rows)(&m_memory)},
+      m_domains{prepareLookUp<User>(preparer, TableModel<Domain>::column(&Domain::name), 1, joinDomainOfUser()),
+                decltype(m_domains.rows)(&m_memory)}
 {
     for (const Query *query : {&m_accounts.query, &m_sections.query, &m_zones.query, &m_domains.query}) {
         if (!(*query)->isPrepared())
-            m_failure = &**query;
+            m_failure = &(*query)->failure();
     }
 }
 
@@ -44,31 +50,36 @@ const typename EventNames::Known<Value, size>::Row &EventNames::find(Known<Value
     auto &row = entry->second;
     if (!isNew)
         return row;
-    QueryPreparer::bindAll(*known.query, qint64(identifiers)...);
-    const Statement::Step step = known.query->step();
+    Statement &statement = *known.query;
+    statement.bindAll(qint64(identifiers)...);
+    const Statement::Step step = statement.step();
     row.isStored = step == Statement::Step::Row;
-    if (row.isStored)
-        known.query->read(0, row.value);
-    else if (step == Statement::Step::Failed)
-        m_failure = &*known.query;
-    known.query->reset();
+    if constexpr (std::is_same_v<Value, Name>) {
+        if (const std::optional<Text> name = row.isStored ? statement.readText(0) : std::nullopt)
+            row.value.emplace(name->view(), &m_memory);
+    } else if (row.isStored && !statement.isNull(0)) {
+        statement.read(0, row.value.emplace());
+    }
+    if (step == Statement::Step::Failed)
+        m_failure = &statement.failure();
+    statement.reset();
     return row;
 }
 
-bool EventNames::lendTo(Event &event)
+bool EventNames::lendTo(api::Event &event)
 {
-    if (m_failure != nullptr || !event.deviceId)
+    if (m_failure != nullptr || event.deviceId == nullptr)
         return false;
     const auto &device = find(m_accounts, *event.deviceId);
     if (!device.isStored)
         return false;
-    event.deviceAccount = device.value;
-    if (event.sectionId)
-        event.sectionName = find(m_sections, *event.deviceId, *event.sectionId).value;
-    if (event.sectionId && event.zoneId)
-        event.zoneName = find(m_zones, *event.deviceId, *event.sectionId, *event.zoneId).value;
-    if (event.userId)
-        event.domainName = find(m_domains, *event.userId).value;
+    event.deviceAccount = toMember(device.value);
+    if (event.sectionId != nullptr)
+        event.sectionName = copyOf(find(m_sections, *event.deviceId, *event.sectionId).value);
+    if (event.sectionId != nullptr && event.zoneId != nullptr)
+        event.zoneName = copyOf(find(m_zones, *event.deviceId, *event.sectionId, *event.zoneId).value);
+    if (event.userId != nullptr)
+        event.domainName = copyOf(find(m_domains, *event.userId).value);
     return m_failure == nullptr;
 }
 

@@ -5,24 +5,27 @@
 #include "storage/querypreparer.h"
 
 #include <array>
+#include <memory_resource>
 #include <unordered_map>
 
 namespace tarnelLib::controller {
 
-/// Lends events what they borrow from other tables, and asks each row there once: for many events that costs a fraction
-/// of the joins that do the same for each event.
+/// Fills in what events borrow from other tables, and reads each row there once: for many events that costs a fraction
+/// of a join for each of them.
 class EventNames
 {
 public:
     explicit EventNames(QueryPreparer &preparer);
 
     /// Fills in what the event borrows. False if its device is not stored, as for an inner join, or after a failure.
-    [[nodiscard]] bool lendTo(Event &event);
+    [[nodiscard]] bool lendTo(api::Event &event);
 
-    /// The statement that could not be run, if there is one.
-    [[nodiscard]] const Statement *failure() const { return m_failure; }
+    /// Why a row could not be read; null if all could.
+    [[nodiscard]] const Failure *failure() const { return m_failure; }
 
 private:
+    using Name = std::pmr::u16string;
+
     /// What is known of the rows of one table, by their identifiers.
     template <class Value, std::size_t size>
     struct Known {
@@ -42,17 +45,21 @@ private:
         };
 
         Query query;
-        std::unordered_map<Identifiers, Row, Hash> rows;
+        std::pmr::unordered_map<Identifiers, Row, Hash> rows;
     };
+
+    static unsigned short *copyOf(const std::optional<Name> &name) { return name ? Text(*name).release() : nullptr; }
 
     template <class Value, std::size_t size, class... Identifiers>
     const typename Known<Value, size>::Row &find(Known<Value, size> &known, Identifiers... identifiers);
 
+    /// Side by side: what is looked up lies in few pages, however many blocks the events have between them.
+    std::pmr::monotonic_buffer_resource m_memory;
     Known<quint32, 1> m_accounts;
-    Known<Text, 2> m_sections;
-    Known<Text, 3> m_zones;
-    Known<Text, 1> m_domains; ///< By the user.
-    const Statement *m_failure = nullptr;
+    Known<Name, 2> m_sections;
+    Known<Name, 3> m_zones;
+    Known<Name, 1> m_domains; ///< By the user.
+    const Failure *m_failure = nullptr;
 };
 
 } // namespace tarnelLib::controller

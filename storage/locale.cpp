@@ -1,25 +1,15 @@
-#include "storage/sqlitedatabase.h"
+#include "storage/tableoperations.h"
 
 namespace tarnelLib::controller {
 
-bool SQLiteDatabase::add(const std::vector<Locale> &locales)
-{
-    return inTransaction([&] { return insertAll(std::span(locales), "add locales error"); });
-}
+template <>
+const Messages Table<Locale>::messages{
+    .add = "add locales error",
+    .getAll = "get locales error",
+    .getByField = "get locales by field error",
+    .get = "get locale error",
+};
 
-bool SQLiteDatabase::get(std::vector<Locale> &locales)
-{
-    return readAll(m_preparer.prepareGet<Locale>(), locales, "get locales error");
-}
-
-bool SQLiteDatabase::get(std::vector<Locale> &locales, const ModelField &field, std::u16string_view value)
-{
-    return readAll(m_preparer.prepareGetByField<Locale>(field, value), locales, "get locales by field error");
-}
-
-bool SQLiteDatabase::get(std::optional<Locale> &locale, quint32 id)
-{
-    return readOne(m_preparer.prepareGet<Locale>(id), locale, "get locale error");
-}
+template class Table<Locale>;
 
 } // namespace tarnelLib::controller

@@ -1,81 +1,53 @@
-#include "storage/sqlitedatabase.h"
-
-#include <algorithm>
+#include "storage/parts.h"
+#include "storage/tableoperations.h"
 
 namespace tarnelLib::controller {
 
-/// Puts zones of one device under those of its sections that are there; these are in the order of their identifiers.
-bool SQLiteDatabase::getZonesOf(std::span<Section> sections, Query &&zones)
+template <>
+const Messages Table<Section>::messages{
+    .getAll = "get sections for device error",
+    .getByField = "get sections for device by field error",
+    .get = "get sections for device by id error",
+    .update = "add or update section error",
+    .remove = "delete device section error",
+    .isExists = "is section exists error",
+};
+
+template <>
+constexpr bool readsParts<Section> = true;
+
+template <>
+bool Table<Section>::readParts(Connection &reader, std::span<api::Section> sections, Numbers asked, Selected)
 {
-    return readEach(std::move(zones), "get zones for device section error", [&](const Statement &row) {
-        quint32 id = 0;
-        row.read(1, id);
-        const auto section = std::ranges::lower_bound(sections, id, {}, &Section::id);
-        if (section != sections.end() && section->id == id)
-            RowReader::read(row, section->zones.emplace_back());
-    });
+    OwnerIndex<api::Section> owners(sections);
+    const bool isRead = reader.readEach(reader.prepareGet<Zone>(asked), "get zones for device section error",
+                                        [&](const Statement &row) {
+                                            if (api::Section *owner = owners.ownerOf(row, 1))
+                                                RowReader::read<Zone>(row, appendPart(owner->zones, owner->zonesCount));
+                                        });
+    for (api::Section &section : sections)
+        sortParts(zonesOf(section), &api::Zone::id);
+    return isRead;
 }
 
-bool SQLiteDatabase::get(std::vector<Section> &sections, quint32 device)
-{
-    return inTransaction([&] {
-        return readAll(m_preparer.prepareGet<Section>(device), sections, "get sections for device error") &&
-               getZonesOf(sections, m_preparer.prepareGet<Zone>(device));
-    });
-}
-
-bool SQLiteDatabase::get(std::vector<Section> &sections, const ModelField &field, std::u16string_view value,
-                         quint32 device)
-{
-    return inTransaction([&] {
-        return readAll(m_preparer.prepareGetByField<Section>(field, value, device), sections,
-                       "get sections for device by field error") &&
-               getZonesOf(sections, m_preparer.prepareGet<Zone>(device));
-    });
-}
-
-bool SQLiteDatabase::doGetSectionForDeviceById(std::optional<Section> &section, quint32 device, quint32 id)
-{
-    return readOne(m_preparer.prepareGet<Section>(device, id), section, "get sections for device by id error") &&
-           (!section || getZonesOf({&*section, 1}, m_preparer.prepareGet<Zone>(device, id)));
-}
-
-bool SQLiteDatabase::get(std::optional<Section> &section, quint32 device, quint32 id)
-{
-    return inTransaction([&] { return doGetSectionForDeviceById(section, device, id); });
-}
-
-bool SQLiteDatabase::isSectionExists(bool &isExists, quint32 device, quint32 id)
-{
-    return readExists(m_preparer.prepareIsExists<Section>(device, id), isExists, "is section exists error");
-}
-
-bool SQLiteDatabase::update(std::optional<Section> &section, quint32 device)
-{
-    return inTransaction([&] {
-        const quint32 id = section->id;
-        return run(m_preparer.prepareAddOrUpdate(*section, device), "add or update section error") &&
-               doGetSectionForDeviceById(section, device, id);
-    });
-}
-
-bool SQLiteDatabase::deleteSection(quint32 device, quint32 id)
-{
-    return inTransaction([&] {
-        return run(m_preparer.prepareDelete<Section>(device, id), "delete device section error") &&
-               run(m_preparer.prepareDelete<Zone>(device, id), "delete zones for device section error") &&
-               run(prepareDeleteLinksOfSection(device, id), "delete deviceUser-section link for device section error");
-    });
-}
-
-Query SQLiteDatabase::prepareDeleteLinksOfSection(quint32 device, quint32 section)
+template <>
+bool Table<Section>::removeSteps(WriteConnection &writer, Numbers identifiers)
 {
     using Model = TableModel<DeviceUserSectionLink>;
-    Query query = m_preparer.prepare({QueryPreparer::Verb::Special, &Model::table, 1}, [] {
-        return sql::deleteFrom(Model::table) + sql::where({Model::fields.at(0).column(), Model::fields.at(2).column()});
-    });
-    QueryPreparer::bindAll(*query, device, section);
-    return query;
+    const auto prepareDeleteLinks = [&] {
+        Query query = writer.prepare([] {
+            return sql::deleteFrom(Model::table) + sql::where({Model::fields[0].column(), Model::fields[2].column()});
+        });
+        query->bindNumbers(identifiers);
+        return query;
+    };
+    // The zones twice: a trigger in the file can tell, and finds what it has always found.
+    return writer.remove<Section>(identifiers, messages.remove) &&
+           writer.remove<Zone>(identifiers, "delete zones for device section error") &&
+           writer.remove<Zone>(identifiers, "delete zones for device section error") &&
+           writer.run(prepareDeleteLinks(), "delete deviceUser-section link for device section error");
 }
+
+template class Table<Section>;
 
 } // namespace tarnelLib::controller

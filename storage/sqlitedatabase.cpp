@@ -1,5 +1,7 @@
 #include "storage/sqlitedatabase.h"
 
+#include "storage/database.h"
+
 #include <QDebug>
 #include <QFile>
 #include <QSqlDriver>
@@ -18,10 +20,8 @@ namespace tarnelLib::controller {
 
 namespace {
 
-constexpr std::u16string_view currentVersion = u"0.1";
-
-/// What Qt's driver sets; folding the log puts it back.
-constexpr int busyTimeoutMs = 5000;
+/// A long read must not hold up the short ones, which takes two; four threads that never rest read ...
+constexpr int readerCount = 2;
 
 /// The files that SQLite keeps beside the main file. One that outlives its main file would be taken for the next one's.
 constexpr std::array sideFiles = {"-wal", "-shm", "-journal"};
@@ -61,24 +61,24 @@ sqlite3 *nativeConnection(const QSqlDatabase &database)
     return *static_cast<sqlite3 *const *>(handle.constData());
 }
 
-/// Whether a failure lies in the circumstances, so that nothing follows from it for the content of the file.
-bool isCircumstance(int errorCode)
+/// Whether the journal is a log that readers and a writer use side by side.
+bool isLogWrittenAhead(sqlite3 *connection)
 {
-    switch (errorCode & 0xff) {
-    case SQLITE_BUSY:
-    case SQLITE_LOCKED:
-    case SQLITE_PROTOCOL:
-    case SQLITE_NOMEM:
-        return true;
-    default:
-        return false;
-    }
+    bool isAhead = false;
+    const auto look = [](void *answer, int, char **columns, char **) {
+        *static_cast<bool *>(answer) = qstrcmp(columns[0], "wal") == 0;
+        return 0;
+    };
+    sqlite3_exec(connection, "PRAGMA journal_mode", look, &isAhead, nullptr);
+    return isAhead;
 }
 
 } // namespace
 
 SQLiteDatabase::~SQLiteDatabase()
 {
+    // Before the writer, which takes the log away when it closes last.
+    m_readers.clear();
     closeDatabase();
 }
 
@@ -90,7 +90,7 @@ bool SQLiteDatabase::isDatabaseFileExists(const QString &path)
 bool SQLiteDatabase::restoreDatabase(const QString &path)
 {
     if (openDatabase(path))
-        return createTables();
+        return Database::createTables(m_writer);
     qDebug("Unable to restore database");
     return false;
 }
@@ -110,28 +110,57 @@ bool SQLiteDatabase::openDatabase(const QString &path)
 
 bool SQLiteDatabase::useConnection()
 {
-    m_connection = nativeConnection(m_database);
-    if (m_connection == nullptr)
+    sqlite3 *const connection = nativeConnection(m_database);
+    if (connection == nullptr)
         return false;
     // Waits for a lock once; each of the statements below would wait for it again.
-    if (isCircumstance(sqlite3_exec(m_connection, "SELECT 1 FROM sqlite_master LIMIT 1", nullptr, nullptr, nullptr))) {
+    const int code = sqlite3_exec(connection, "SELECT 1 FROM sqlite_master LIMIT 1", nullptr, nullptr, nullptr);
+    if (code != SQLITE_OK && !Failure{code, {}}.isOfContent()) {
         m_isContentUnknown = true;
         return false;
     }
-    // A commit is on the disk when it returns. Where the file system has no shared memory, the file keeps the rollback
-    // journal, as safe and slower; and a file that is no database fails at its first read, not here.
-    sqlite3_exec(m_connection, "PRAGMA journal_mode=WAL", nullptr, nullptr, nullptr);
-    sqlite3_exec(m_connection, "PRAGMA synchronous=FULL", nullptr, nullptr, nullptr);
-    // 100,000 users read in random order take 1.19 times as long with SQLite's own 2 MiB, 1.10 times with 8 MiB, and no
-    // less with 64 or 128 MiB; at 800,000 users, adding in random order takes 1.24 times as long with 2 MiB.
-    sqlite3_exec(m_connection, "PRAGMA cache_size=-16384", nullptr, nullptr, nullptr);
-    m_preparer.attach(m_connection);
+    // Where the file system has no shared memory, the file keeps the rollback journal, as safe and slower; and a file
+    // that is no database fails at its first read, not here.
+    sqlite3_exec(connection, "PRAGMA journal_mode=WAL", nullptr, nullptr, nullptr);
+    m_writer.attach(connection, [this] { Q_EMIT logGrew(); });
     return true;
+}
+
+void SQLiteDatabase::openReaders()
+{
+    sqlite3 *const connection = m_writer.connection();
+    if (connection == nullptr || !isLogWrittenAhead(connection))
+        return;
+    for (int i = 0; i < readerCount; ++i) {
+        auto reader = std::make_unique<Connection>();
+        if (reader->openForReading(sqlite3_db_filename(connection, nullptr)))
+            m_readers.push_back(std::move(reader));
+    }
+    m_readerTurns.open(m_readers.size());
+}
+
+Turn<WriteConnection> SQLiteDatabase::write()
+{
+    return {m_writerTurns, m_writerTurns.take(), m_writer};
+}
+
+Turn<Connection> SQLiteDatabase::read()
+{
+    if (m_readers.empty())
+        return {m_writerTurns, m_writerTurns.take(), m_writer};
+    const std::size_t number = m_readerTurns.take();
+    return {m_readerTurns, number, *m_readers[number]};
+}
+
+void SQLiteDatabase::close()
+{
+    m_writerTurns.close();
+    m_readerTurns.close();
 }
 
 bool SQLiteDatabase::recreateDatabase(const QString &path)
 {
-    if (m_isContentUnknown) {
+    if (m_isContentUnknown || m_writer.hasMetCircumstance()) {
         closeDatabase();
         qDebug("Unable to recreate database: it is in use");
         return false;
@@ -152,135 +181,18 @@ bool SQLiteDatabase::removeDb()
 
 void SQLiteDatabase::closeDatabase()
 {
-    m_preparer.detach();
-    m_connection = nullptr;
+    m_writer.detach();
     m_database.close();
 }
 
 bool SQLiteDatabase::isDbVersionActual()
 {
-    std::optional<Text> version;
-    const Query query = m_preparer.prepareGetDbVersion();
-    const Statement::Step step = query->step();
-    if (step == Statement::Step::Row)
-        query->read(0, version);
-    else if (!isDone(step, *query, "get version error"))
-        return false;
-    return version && version->view() == currentVersion;
+    return Database::isDbVersionActual(m_writer);
 }
 
 bool SQLiteDatabase::isTablesValid()
 {
-    const auto isReadable = [this](Query &&query) { return run(std::move(query), nullptr); };
-    return inTransaction([&] {
-        return isReadable(m_preparer.prepareGet<User>(0U)) && isReadable(m_preparer.prepareGet<Domain>(0U)) &&
-               isReadable(m_preparer.prepareGet<Organization>(0U)) && isReadable(m_preparer.prepareGet<Locale>(0U)) &&
-               isReadable(m_preparer.prepareGet<Person>(0U)) && isReadable(m_preparer.prepareGet<Contractor>(0U)) &&
-               isReadable(m_preparer.prepareGet<Contract>(0U)) && isReadable(m_preparer.prepareGet<Zone>(0U, 0U, 0U)) &&
-               isReadable(m_preparer.prepareGet<Section>(0U, 0U)) && isReadable(m_preparer.prepareGet<Device>(0U)) &&
-               isReadable(m_preparer.prepareGet<Location>(0U)) && isReadable(m_preparer.prepareGet<Site>(0U)) &&
-               isReadable(m_preparer.prepareGet<DeviceUser>(0U)) && isReadable(prepareGetEventById(0)) &&
-               isReadable(m_preparer.prepareGet<DeviceUserSectionLink>(0U)) && isReadable(m_preparer.prepareGetIp()) &&
-               isReadable(m_preparer.prepareGetDbVersion());
-    });
-}
-
-bool SQLiteDatabase::createTables()
-{
-    return inTransaction([&] {
-        return run(m_preparer.prepareCreateTable<User>(), "create table users error") &&
-               run(m_preparer.prepareCreateTable<Domain>(), "create table domains error") &&
-               run(m_preparer.prepareCreateTable<Organization>(), "create table orgs error") &&
-               run(m_preparer.prepareCreateTable<Locale>(), "create table locales error") &&
-               run(m_preparer.prepareCreateTable<Person>(), "create table persons error") &&
-               run(m_preparer.prepareCreateTable<Contractor>(), "create table contractors error") &&
-               run(m_preparer.prepareCreateTable<Contract>(), "create table contracts error") &&
-               run(m_preparer.prepareCreateTable<Zone>(), "create table zones error") &&
-               run(m_preparer.prepareCreateTable<Section>(), "create table sections error") &&
-               run(m_preparer.prepareCreateTable<Device>(), "create table devices error") &&
-               run(m_preparer.prepareCreateTable<Location>(), "create table locations error") &&
-               run(m_preparer.prepareCreateTable<Site>(), "create table sites error") &&
-               run(m_preparer.prepareCreateTable<DeviceUser>(), "create table device users error") &&
-               run(m_preparer.prepareCreateTable<Event>(), "create table events error") &&
-               run(m_preparer.prepareCreateTable<DeviceUserSectionLink>(),
-                   "create table DeviceUserSectionLinks error") &&
-               run(m_preparer.prepareCreateSessionTable(), "create table session error") &&
-               run(m_preparer.prepareCreateVersionTable(), "create table version error") &&
-               run(m_preparer.prepareSetDbVersion(currentVersion), "set verson error");
-    });
-}
-
-void SQLiteDatabase::foldLog()
-{
-    if (!m_isLogUnfolded || m_connection == nullptr)
-        return;
-    m_isLogUnfolded = false;
-    // A reader in another process only puts the folding off; waiting for it here would hold up the client.
-    sqlite3_busy_timeout(m_connection, 0);
-    const int code = sqlite3_wal_checkpoint_v2(m_connection, nullptr, SQLITE_CHECKPOINT_TRUNCATE, nullptr, nullptr);
-    sqlite3_busy_timeout(m_connection, busyTimeoutMs);
-    if (code != SQLITE_OK) {
-        m_isLogUnfolded = true;
-        Q_EMIT logGrew();
-    }
-}
-
-bool SQLiteDatabase::run(Query &&query, const char *message)
-{
-    const Query use = std::move(query);
-    Statement::Step step = Statement::Step::Row;
-    while (step == Statement::Step::Row)
-        step = use->step();
-    return isDone(step, *use, message);
-}
-
-bool SQLiteDatabase::readExists(Query &&query, bool &isExists, const char *message)
-{
-    isExists = false;
-    return readFirst(std::move(query), message, [&](const Statement &) { isExists = true; });
-}
-
-bool SQLiteDatabase::isDone(Statement::Step step, const Statement &statement, const char *message)
-{
-    if (step == Statement::Step::Done)
-        return true;
-    logFailure("execute error", statement);
-    if (message != nullptr)
-        logFailure(message, statement);
-    return false;
-}
-
-void SQLiteDatabase::logFailure(const char *message, const Statement &statement)
-{
-    m_isContentUnknown = m_isContentUnknown || isCircumstance(statement.errorCode());
-    qDebug().noquote() << message;
-    qDebug().noquote() << statement.errorText();
-}
-
-bool SQLiteDatabase::Transaction::begin()
-{
-    // What undoes the transaction is made first: later there may be no memory for it.
-    m_database.m_preparer.prepareRollback();
-    m_isOpen = m_database.run(m_database.m_preparer.prepareBegin(), "begin transaction error");
-    return m_isOpen;
-}
-
-bool SQLiteDatabase::Transaction::commit()
-{
-    const bool hasWritten = sqlite3_txn_state(m_database.m_connection, nullptr) == SQLITE_TXN_WRITE;
-    if (!m_database.run(m_database.m_preparer.prepareCommit(), "commit transaction error"))
-        return false;
-    m_isOpen = false;
-    if (hasWritten && !std::exchange(m_database.m_isLogUnfolded, true))
-        Q_EMIT m_database.logGrew();
-    return true;
-}
-
-SQLiteDatabase::Transaction::~Transaction()
-{
-    // Some failures have made SQLite undo the transaction already.
-    if (m_isOpen && sqlite3_get_autocommit(m_database.m_connection) == 0)
-        m_database.run(m_database.m_preparer.prepareRollback(), "rollback transaction error");
+    return Database::isTablesValid(m_writer);
 }
 
 } // namespace tarnelLib::controller

@@ -86,8 +86,8 @@ std::string select(const Selection &selection)
     const std::string columns = list(selection.columns, [](const std::string &column) { return column; });
     std::string text = concatenated({"SELECT ", columns, " FROM ", selection.table});
     for (const Join &join : selection.joins)
-        text += concatenated(
-            {join.kind == JoinKind::Left ? " LEFT JOIN " : " INNER JOIN ", join.table, " ON ", join.condition});
+        text += concatenated({join.kind == JoinKind::Left ? " LEFT JOIN " : " INNER JOIN ", join.table, " ", join.name,
+                              " ON ", join.condition});
     return text;
 }
 

@@ -23,9 +23,10 @@ struct Table {
 /// Whether a row without a partner in the joined table is read.
 enum class JoinKind { Left, Inner };
 
-/// A table that a select joins, with the condition.
+/// A table that a select joins under a name, with the condition.
 struct Join {
     std::string_view table;
+    std::string name; ///< Empty for the table's own.
     std::string condition;
     JoinKind kind = JoinKind::Left;
 };
@@ -39,21 +40,21 @@ struct Selection {
 
 std::string createTable(const Table &table);
 
-/// So many rows, of one marker per column in the table's order. A stored row of the same key is replaced whole, but
-/// left as it is where the key is all that it has.
+/// `rows` rows with one placeholder per column, in the table's order. A stored row of the same key is replaced whole;
+/// it is left as it is where the key is all that a row has.
 std::string insertOrReplace(const Table &table, std::size_t rows);
 
-/// One marker per column, in the table's order, and a last one for a bit mask: a stored row of the same key keeps the
-/// columns whose bit (counted from the first column) is not set.
+/// One placeholder per column, in the table's order, and a last one for a bit mask: a stored row of the same key keeps
+/// the columns whose bit (counted from the first column) is not set.
 std::string upsert(const Table &table);
 
 std::string select(const Selection &selection);
 std::string deleteFrom(std::string_view table);
 
-/// The condition that each of the columns equals a marker's value, to be appended to a statement that has none.
+/// The condition that each of the columns equals a placeholder, to be appended to a statement that has none.
 std::string where(const std::vector<std::string> &columns);
 
-/// The condition that a column equals one of the numbers in a marker's list (`Statement::bindList`).
+/// The condition that a column equals one of the numbers in a placeholder's list (`Statement::bindList`).
 std::string whereIsListed(std::string_view column);
 
 } // namespace tarnelLib::controller::sql

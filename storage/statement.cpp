@@ -12,12 +12,25 @@
 
 namespace tarnelLib::controller {
 
-QString driverErrorText(sqlite3 *connection, const char *attempt)
+Failure Failure::of(sqlite3 *connection, int code, const char *attempt)
 {
     if (connection == nullptr)
-        return QSqlQuery().lastError().text();
+        return {code, QSqlQuery().lastError().text()};
     const auto *message = static_cast<const char16_t *>(sqlite3_errmsg16(connection));
-    return QString::fromUtf16(message) + QLatin1Char(' ') + QCoreApplication::translate("QSQLiteResult", attempt);
+    return {code,
+            QString::fromUtf16(message) + QLatin1Char(' ') + QCoreApplication::translate("QSQLiteResult", attempt)};
+}
+
+bool Failure::isOfContent() const
+{
+    switch (code & 0xff) {
+    case SQLITE_ERROR: // A table or a column that is not there.
+    case SQLITE_CORRUPT:
+    case SQLITE_NOTADB:
+        return true;
+    default:
+        return false;
+    }
 }
 
 Statement::~Statement()
@@ -25,38 +38,16 @@ Statement::~Statement()
     sqlite3_finalize(m_handle);
 }
 
-bool Statement::prepare(sqlite3 *connection, const std::string &sql)
+void Statement::prepare(sqlite3 *connection, const std::string &sql)
 {
     m_connection = connection;
     const int code = sqlite3_prepare_v3(connection, sql.c_str(), static_cast<int>(sql.size() + 1),
                                         SQLITE_PREPARE_PERSISTENT, &m_handle, nullptr);
-    if (code == SQLITE_OK)
-        return true;
-    keepError(code, "Unable to execute statement");
-    return false;
+    if (code != SQLITE_OK)
+        m_failure = Failure::of(connection, code, "Unable to execute statement");
 }
 
-void Statement::bind(int position, quint32 value)
-{
-    bind(position, static_cast<qint64>(value));
-}
-
-void Statement::bind(int position, qint32 value)
-{
-    bind(position, static_cast<qint64>(value));
-}
-
-void Statement::bind(int position, quint8 value)
-{
-    keepBindError(sqlite3_bind_int(m_handle, position, value));
-}
-
-void Statement::bind(int position, bool value)
-{
-    keepBindError(sqlite3_bind_int(m_handle, position, value ? 1 : 0));
-}
-
-void Statement::bind(int position, qint64 value)
+void Statement::bindInteger(int position, qint64 value)
 {
     keepBindError(sqlite3_bind_int64(m_handle, position, value));
 }
@@ -64,7 +55,7 @@ void Statement::bind(int position, qint64 value)
 void Statement::bind(int position, quint64 value)
 {
     if (value <= std::numeric_limits<qint64>::max()) {
-        bind(position, static_cast<qint64>(value));
+        bindInteger(position, static_cast<qint64>(value));
         return;
     }
     // Beyond SQLite's integers: as decimal text, of which the column's affinity makes the nearest floating-point
@@ -87,7 +78,7 @@ void Statement::bind(int position, std::u16string_view value)
                                       value.size() * sizeof(char16_t), SQLITE_STATIC, SQLITE_UTF16));
 }
 
-void Statement::bindList(int position, const std::vector<quint32> &values)
+void Statement::bindList(int position, std::span<const quint32> values)
 {
     std::string json = "[";
     for (const quint32 value : values)
@@ -101,7 +92,7 @@ Statement::Step Statement::step()
     if (!isPrepared())
         return Step::Failed;
     if (m_bindError != SQLITE_OK) {
-        keepError(m_bindError, "Unable to bind parameters");
+        m_failure = Failure::of(m_connection, m_bindError, "Unable to bind parameters");
         return Step::Failed;
     }
     const int code = sqlite3_step(m_handle);
@@ -109,8 +100,16 @@ Statement::Step Statement::step()
         return Step::Row;
     if (code == SQLITE_DONE)
         return Step::Done;
-    keepError(code, "Unable to fetch row");
+    m_failure = Failure::of(m_connection, code, "Unable to fetch row");
     return Step::Failed;
+}
+
+int Statement::columnNamed(std::string_view name) const
+{
+    int column = sqlite3_column_count(m_handle) - 1;
+    while (column >= 0 && name != sqlite3_column_name(m_handle, column))
+        --column;
+    return column;
 }
 
 quint64 Statement::toUnsigned(sqlite3_value *held)
@@ -152,12 +151,6 @@ void Statement::keepBindError(int code)
 {
     if (m_bindError == SQLITE_OK)
         m_bindError = code;
-}
-
-void Statement::keepError(int code, const char *attempt)
-{
-    m_errorCode = code;
-    m_errorText = driverErrorText(m_connection, attempt);
 }
 
 } // namespace tarnelLib::controller

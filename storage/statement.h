@@ -1,22 +1,32 @@
 #pragma once
 
-#include "entities/text.h"
+#include "entities/structures.h"
 
 #include <QString>
 
 #include <sqlite3.h>
 
+#include <concepts>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <type_traits>
-#include <vector>
 
 namespace tarnelLib::controller {
 
-/// The text that Qt's SQLite driver gives for the connection's last error, or for the lack of a connection; `attempt`
-/// is the driver's word for what was tried.
-QString driverErrorText(sqlite3 *connection, const char *attempt);
+/// Why something failed: SQLite's result code, and the reason as Qt's SQLite driver gives it.
+struct Failure {
+    int code = SQLITE_OK;
+    QString text;
+
+    /// Of the connection's last error, or of the lack of a connection; `attempt` is the driver's word for what was
+    /// tried.
+    static Failure of(sqlite3 *connection, int code, const char *attempt);
+
+    /// True if the content of the file is the reason. Every other failure says nothing about the file.
+    [[nodiscard]] bool isOfContent() const;
+};
 
 /// One prepared statement of the connection: bound by position, stepped through, and used again.
 ///
@@ -30,21 +40,21 @@ public:
     Statement &operator=(const Statement &) = delete;
     ~Statement();
 
-    /// Prepares the statement to be kept; false leaves the reason in `errorText`.
-    bool prepare(sqlite3 *connection, const std::string &sql);
+    /// Prepares the statement to be kept. A failure is that of the next step.
+    void prepare(sqlite3 *connection, const std::string &sql);
     [[nodiscard]] bool isPrepared() const { return m_handle != nullptr; }
 
-    void bind(int position, quint32 value);
-    void bind(int position, qint32 value);
-    void bind(int position, quint8 value);
-    void bind(int position, bool value);
-    void bind(int position, qint64 value);
+    template <std::integral Value>
+    void bind(int position, Value value)
+    {
+        bindInteger(position, static_cast<qint64>(value));
+    }
     void bind(int position, quint64 value);
     void bind(int position, double value);
     void bind(int position, std::u16string_view value);
     void bind(int position, const Text &value) { bind(position, value.view()); }
     /// Binds numbers as one value, a JSON array.
-    void bindList(int position, const std::vector<quint32> &values);
+    void bindList(int position, std::span<const quint32> values);
     /// What is absent needs no binding: a reset leaves every parameter NULL.
     template <class Value>
     void bind(int position, const std::optional<Value> &value)
@@ -53,30 +63,47 @@ public:
             bind(position, *value);
     }
 
+    /// Binds values to the first parameters.
+    template <class... Values>
+    void bindAll(const Values &...values)
+    {
+        int position = 1;
+        (bind(position++, values), ...);
+    }
+    void bindNumbers(std::span<const quint32> values)
+    {
+        for (std::size_t i = 0; i < values.size(); ++i)
+            bind(static_cast<int>(i) + 1, values[i]);
+    }
+
     enum class Step { Row, Done, Failed };
     [[nodiscard]] Step step();
 
-    /// The result code and the text of the step that failed.
-    [[nodiscard]] int errorCode() const { return m_errorCode; }
-    [[nodiscard]] const QString &errorText() const { return m_errorText; }
+    /// The failure of the step that failed last.
+    [[nodiscard]] const Failure &failure() const { return m_failure; }
 
     [[nodiscard]] bool isNull(int column) const { return sqlite3_value_type(cell(column)) == SQLITE_NULL; }
+    void read(int column, quint32 &value) const { value = toNumber<quint32>(cell(column)); }
+    /// Into an optional member of a structure, which stays null for NULL.
     template <class Value>
-    void read(int column, Value &value) const
-    {
-        value = toNumber<Value>(cell(column));
-    }
-    template <class Value>
-    void read(int column, std::optional<Value> &value) const
+    void read(int column, Value *&member) const
     {
         sqlite3_value *const held = cell(column);
         if (sqlite3_value_type(held) == SQLITE_NULL)
             return;
-        if constexpr (std::is_same_v<Value, Text>)
-            value = toText(held);
+        if constexpr (std::is_same_v<Value, unsigned short>)
+            member = toText(held).release();
         else
-            value = toNumber<Value>(held);
+            member = allocate(toNumber<Value>(held));
     }
+    /// Null for NULL.
+    [[nodiscard]] std::optional<Text> readText(int column) const
+    {
+        return isNull(column) ? std::nullopt : std::optional(toText(cell(column)));
+    }
+
+    /// The position of a column of the result; -1 if there is none of the name.
+    [[nodiscard]] int columnNamed(std::string_view name) const;
 
     /// Ends a use of the statement: closes its cursor, which is a lock on the file, and lets go of what was bound.
     void reset();
@@ -101,14 +128,13 @@ private:
     static quint64 toUnsigned(sqlite3_value *held);
     static Text toText(sqlite3_value *held);
 
+    void bindInteger(int position, qint64 value);
     void keepBindError(int code);
-    void keepError(int code, const char *attempt);
 
     sqlite3_stmt *m_handle = nullptr;
     sqlite3 *m_connection = nullptr;
     int m_bindError = 0;
-    int m_errorCode = 0;
-    QString m_errorText;
+    Failure m_failure;
 };
 
 /// One use of a kept statement, which is reset when the use ends.

@@ -48,6 +48,12 @@ public:
         return names;
     }();
 
+    template <class Row>
+    static std::string columnOf(const Row &row)
+    {
+        return ModelField{table, row.field, {}}.column();
+    }
+
     /// The column of a member of the record.
     template <class Member>
     static constexpr const ModelField &column(Member Record::*member)

@@ -1,5 +1,7 @@
+#include "api/equality.h"
 #include "client.h"
 #include "storage/sqlitedatabase.h"
+#include "storage/table.h"
 
 #include <QCoreApplication>
 
@@ -43,7 +45,19 @@ std::vector<Event> makeEvents(Random &random)
     return events;
 }
 
-void addWhatEventsBorrowFrom(SQLiteDatabase &database, Random &random)
+/// As clients would find them, and with the same texts absent.
+bool areEqual(std::span<api::Event> left, std::span<api::Event> right)
+{
+    return std::ranges::equal(left, right, [](const api::Event &event, const api::Event &other) {
+        const auto areThere = [](const api::Event &e) {
+            return std::tuple(e.data != nullptr, e.jData != nullptr, e.sectionName != nullptr, e.zoneName != nullptr,
+                              e.domainName != nullptr);
+        };
+        return api::isEqual<Event>(event, other) && areThere(event) == areThere(other);
+    });
+}
+
+void addWhatEventsBorrowFrom(WriteConnection &connection, Random &random)
 {
     std::vector<Device> devices;
     std::vector<User> users;
@@ -60,7 +74,8 @@ void addWhatEventsBorrowFrom(SQLiteDatabase &database, Random &random)
         if (id < 4)
             domains.push_back({.id = id, .name = random.text()});
     }
-    ASSERT_TRUE(database.add(devices) && database.add(users) && database.add(domains));
+    ASSERT_TRUE(Table<Device>::add(connection, devices) && Table<User>::add(connection, users) &&
+                Table<Domain>::add(connection, domains));
 }
 
 } // namespace
@@ -76,31 +91,33 @@ TEST(Events, areTheSameWhateverTheWayToThem)
         Random random{std::mt19937(seed)};
         SQLiteDatabase database;
         ASSERT_TRUE(database.restoreDatabase(QString::number(seed)));
-        addWhatEventsBorrowFrom(database, random);
+        const auto connection = database.write();
+        addWhatEventsBorrowFrom(*connection, random);
 
         std::vector<Event> sent = makeEvents(random);
         // None, or one that does not come back as it was given.
         const std::u16string_view oddTexts[] = {u"", u"a\uffffb", u"\ufeffa", {u"a\xd800", 2}, {u"\xdc00z", 2}};
         sent.push_back({.id = 8500, .time = 7, .deviceId = 3, .jData = Text(oddTexts[seed % std::size(oddTexts)])});
-        std::vector<Event> answered = sent;
-        ASSERT_TRUE(database.add(answered));
+        Structures<Event> answered;
+        ASSERT_TRUE(Table<Event>::add(*connection, std::vector(sent), answered));
 
         // An event of no device, whose text is changed by the storage, makes the answer one that is read back.
-        std::vector<Event> readBack = sent;
-        readBack.push_back({.id = 9000, .data = Text(u"\ufeff")});
-        ASSERT_TRUE(database.add(readBack));
-        EXPECT_TRUE(readBack == answered);
+        Structures<Event> readBack;
+        sent.push_back({.id = 9000, .data = Text(u"\ufeff")});
+        ASSERT_TRUE(Table<Event>::add(*connection, std::move(sent), readBack));
+        EXPECT_TRUE(areEqual(readBack.all(), answered.all()));
 
-        std::vector<Event> lookedUp;
-        std::vector<Event> joined;
-        ASSERT_TRUE(database.get(lookedUp, 0, 100));
+        Structures<Event> lookedUp;
+        Structures<Event> joined;
+        ASSERT_TRUE(Table<Event>::get(*connection, lookedUp, std::array{0U, 100U}));
         for (quint32 time = 0; time <= 100; ++time)
-            ASSERT_TRUE(database.get(joined, time, time));
-        EXPECT_GT(lookedUp.size(), 2000U);
-        EXPECT_TRUE(lookedUp == joined);
-        std::ranges::sort(lookedUp, {}, &Event::id);
-        std::erase_if(answered, [](const Event &event) { return !event.time; });
-        EXPECT_TRUE(lookedUp == answered);
+            ASSERT_TRUE(Table<Event>::get(*connection, joined, std::array{time, time}));
+        EXPECT_GT(lookedUp.count(), 2000U);
+        EXPECT_TRUE(areEqual(lookedUp.all(), joined.all()));
+        std::ranges::sort(lookedUp.all(), {}, &api::Event::id);
+        const auto hasTime = [](const api::Event &event) { return event.time != nullptr; };
+        const auto timeless = std::ranges::stable_partition(answered.all(), hasTime);
+        EXPECT_TRUE(areEqual(lookedUp.all(), {answered.all().begin(), timeless.begin()}));
     }
 }
 

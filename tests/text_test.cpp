@@ -22,10 +22,9 @@ TEST(Text, isReadAsSqliteReadsIt)
         const std::string sql = "SELECT CAST(x'" + bytes + "' AS TEXT)";
         SCOPED_TRACE(sql);
         Statement statement;
-        ASSERT_TRUE(statement.prepare(connection, sql));
+        statement.prepare(connection, sql);
         ASSERT_EQ(statement.step(), Statement::Step::Row);
-        std::optional<Text> text;
-        statement.read(0, text);
+        const std::optional<Text> text = statement.readText(0);
 
         sqlite3_stmt *other = nullptr;
         sqlite3_prepare_v2(connection, sql.c_str(), -1, &other, nullptr);

@@ -199,10 +199,6 @@ Shape makeShape()
             }
         } else if constexpr (requires { row.key; }) {
             shape.members.push_back(memberOf(row.key, record.*row.member));
-            if constexpr (requires { row.options; }) {
-                if (row.options.inRequest == InRequest::AsIdentifier)
-                    shape.members.back() = {row.key, Shape::Type::Number};
-            }
         }
     });
     return shape;

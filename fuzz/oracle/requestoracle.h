@@ -1,6 +1,8 @@
 #pragma once
 
 #include "oracle/jsonobject.h"
+#include "entities/organization.h"
+#include "entities/site.h"
 #include "parsing/requestparser.h"
 
 #include <algorithm>
@@ -31,70 +33,35 @@ public:
     [[nodiscard]] static bool readItem(const QJsonValue &value, quint32 &item) { return readValue(value, item); }
 
 private:
-    template <class Record, class Api>
-    static bool read(const Id<Record, Api> &field, const QJsonObject &object, Record &record)
-    {
-        if (field.key.empty())
-            return true; // The enclosing record gives it.
-        QJsonValue value = valueOf(object, field.key);
-        if (value.isUndefined() && !field.keys.alternativeKey.empty())
-            value = valueOf(object, field.keys.alternativeKey);
-        return readValue(value, record.*field.member);
-    }
-
-    template <class Record, class Value, class Api, class ApiMember>
-    static bool read(const Column<Record, Value, Api, ApiMember> &field, const QJsonObject &object, Record &record)
-    {
-        const QJsonValue value = valueOf(object, field.key);
-        if (value.isUndefined())
-            return true;
-        std::optional<Value> &member = record.*field.member;
-        if constexpr (std::is_same_v<Value, Text>)
-            return readValue(value, member);
-        else
-            return readValue(value, member.emplace());
-    }
-
-    template <class Record, class Other, class Api, class ApiMember>
-    static bool read(const Reference<Record, Other, Api, ApiMember> &field, const QJsonObject &object, Record &record)
-    {
-        const QJsonValue value = valueOf(object, field.key);
-        if (value.isUndefined())
-            return true;
-        Other &other = (record.*field.member).emplace();
-        return field.options.inRequest == InRequest::Whole ? readItem(value, other) : readValue(value, other.id);
-    }
-
-    template <class Record, class Other, class Api, class ApiMember>
-    static bool read(const Attached<Record, Other, Api, ApiMember> &field, const QJsonObject &object, Record &record)
-    {
-        const QJsonValue value = valueOf(object, field.key);
-        if (value.isUndefined())
-            return true;
-        Other &other = (record.*field.member).emplace();
-        other.id = record.id;
-        return readItem(value, other);
-    }
-
-    template <class Record, class Item, class Api, class ApiItem>
-    static bool read(const Children<Record, Item, Api, ApiItem> &field, const QJsonObject &object, Record &record)
-    {
-        const QJsonValue value = valueOf(object, field.key);
-        if (value.isUndefined())
-            return true;
-        if (!value.isArray())
-            return false;
-        const QJsonArray items = value.toArray();
-        (record.*field.member).reserve(static_cast<std::size_t>(items.size()));
-        return std::all_of(items.begin(), items.end(), [&](const QJsonValue &item) {
-            return readItem(item, (record.*field.member).emplace_back());
-        });
-    }
-
-    /// What is read from the tables, or given beside the record, is no part of it in a request.
     template <class Row, class Record>
-    static bool read(const Row &, const QJsonObject &, Record &)
+    static bool read(const Row &row, const QJsonObject &object, Record &record)
     {
+        // What is read from the tables, or given beside the record, is no part of it in a request.
+        if constexpr (requires { row.key; }) {
+            auto &member = record.*row.member;
+            QJsonValue value = valueOf(object, row.key);
+            if constexpr (is<Row, Id>) {
+                if (value.isUndefined() && !row.keys.alternativeKey.empty())
+                    value = valueOf(object, row.keys.alternativeKey);
+                return row.key.empty() || readValue(value, member); // The enclosing record gives one without a key.
+            } else if (value.isUndefined()) {
+                return true;
+            } else if constexpr (is<Row, Children>) {
+                const QJsonArray items = value.toArray();
+                return value.isArray() && std::all_of(items.begin(), items.end(), [&](const QJsonValue &item) {
+                           return readItem(item, member.emplace_back());
+                       });
+            } else if constexpr (is<Row, Reference>) {
+                return readItem(value, member.emplace());
+            } else if constexpr (is<Row, Attached>) {
+                member.emplace().id = record.id;
+                return readItem(value, *member);
+            } else if constexpr (std::is_same_v<decltype(member), std::optional<Text> &>) {
+                return readValue(value, member);
+            } else {
+                return readValue(value, member.emplace());
+            }
+        }
         return true;
     }
 };
@@ -112,7 +79,7 @@ inline Result parseEnvelope(std::u16string_view text, QJsonObject &content)
 
 /// The keys under which a request by identifier names the parents and the record.
 template <class Record>
-std::array<std::string_view, parentCount<Record> + 1> identifierKeys()
+auto identifierKeys()
 {
     std::array<std::string_view, parentCount<Record> + 1> keys;
     std::size_t position = 0;

@@ -1,0 +1,83 @@
+#pragma once
+
+#include "entities/device.h"
+#include "storage/statement.h"
+
+#include <algorithm>
+
+/// For those who put the rows of parts under the structures that own them. SQLite yields rows in whatever order suits
+/// its plan, and that changes with the statistics which any tool may leave in the file.
+namespace tarnelLib::controller {
+
+/// Finds structures of one read by their identifiers.
+template <class Api>
+class OwnerIndex
+{
+public:
+    explicit OwnerIndex(std::span<Api> owners)
+    {
+        m_owners.reserve(owners.size());
+        for (Api &owner : owners)
+            m_owners.push_back(&owner);
+        std::ranges::sort(m_owners, {}, &Api::id);
+    }
+
+    [[nodiscard]] std::vector<quint32> identifiers() const
+    {
+        std::vector<quint32> identifiers;
+        identifiers.reserve(m_owners.size());
+        for (const Api *owner : m_owners)
+            identifiers.push_back(owner->id);
+        return identifiers;
+    }
+
+    /// The structure that a row of a part names in a column; null if it is none of this read.
+    [[nodiscard]] Api *ownerOf(const Statement &row, int column)
+    {
+        quint32 id = 0;
+        row.read(column, id);
+        // Rows mostly come owner by owner.
+        if (m_last == nullptr || m_last->id != id) {
+            const auto found = std::ranges::lower_bound(m_owners, id, {}, &Api::id);
+            m_last = found != m_owners.end() && (*found)->id == id ? *found : nullptr;
+        }
+        return m_last;
+    }
+
+private:
+    std::vector<Api *> m_owners; ///< In the order of their identifiers.
+    Api *m_last = nullptr;       ///< The one that was found last.
+};
+
+/// The part of a sorted list that a row of its own parts names in a column; null if it is not there.
+template <class Part>
+Part *findPart(std::span<Part> parts, const Statement &row, int column)
+{
+    quint32 id = 0;
+    row.read(column, id);
+    const auto part = std::ranges::lower_bound(parts, id, {}, &Part::id);
+    return part != parts.end() && part->id == id ? &*part : nullptr;
+}
+
+/// Clients get parts in the order of their identifiers, which they mostly have.
+template <class Part, class Identifier>
+void sortParts(std::span<Part> parts, Identifier identifier)
+{
+    if (!std::ranges::is_sorted(parts, {}, identifier))
+        std::ranges::sort(parts, {}, identifier);
+}
+
+inline std::span<api::Section> sectionsOf(api::Device &device)
+{
+    return {device.sections, device.sectionsCount};
+}
+inline std::span<api::DeviceUser> usersOf(api::Device &device)
+{
+    return {device.deviceUsers, device.deviceUsersCount};
+}
+inline std::span<api::Zone> zonesOf(api::Section &section)
+{
+    return {section.zones, section.zonesCount};
+}
+
+} // namespace tarnelLib::controller

@@ -1,0 +1,66 @@
+#include "storage/writeconnection.h"
+
+namespace tarnelLib::controller {
+
+namespace {
+
+/// How long a checkpoint that needs the log for itself waits for the reads in progress. It holds up writes alone: a
+/// read that begins meanwhile finds everything in the main file.
+constexpr int checkpointTimeoutMs = 20;
+
+/// From this size on a commit copies what it can from the log into the main file, as SQLite does by itself.
+constexpr int copiedLogPages = 1000;
+
+/// From this size on a commit makes the log start again from its beginning, which reads that never rest keep off
+/// otherwise: the log would grow without end. In pages of 4 KiB.
+constexpr int restartedLogPages = 4096;
+
+} // namespace
+
+void WriteConnection::attach(sqlite3 *connection, std::function<void()> onLogGrew)
+{
+    QueryPreparer::attach(connection);
+    configure();
+    // A commit is on the disk when it returns.
+    sqlite3_exec(connection, "PRAGMA synchronous=FULL", nullptr, nullptr, nullptr);
+    m_onLogGrew = std::move(onLogGrew);
+    const auto onCommit = [](void *self, sqlite3 *, const char *, int pages) {
+        static_cast<WriteConnection *>(self)->m_logPages = pages;
+        return SQLITE_OK;
+    };
+    sqlite3_wal_hook(connection, onCommit, this);
+}
+
+bool WriteConnection::run(Query &&query, const char *message)
+{
+    return readEach(std::move(query), message, [](const Statement &) {});
+}
+
+void WriteConnection::noteLog()
+{
+    const int pages = std::exchange(m_logPages, 0);
+    if (pages >= copiedLogPages)
+        checkpoint(pages >= restartedLogPages ? SQLITE_CHECKPOINT_RESTART : SQLITE_CHECKPOINT_PASSIVE);
+    if (!std::exchange(m_isLogUnfolded, true))
+        m_onLogGrew();
+}
+
+void WriteConnection::foldLog()
+{
+    if (!m_isLogUnfolded || connection() == nullptr)
+        return;
+    m_isLogUnfolded = checkpoint(SQLITE_CHECKPOINT_TRUNCATE) != SQLITE_OK;
+    // A longer read, or one in another process, only puts it off.
+    if (m_isLogUnfolded)
+        m_onLogGrew();
+}
+
+int WriteConnection::checkpoint(int mode)
+{
+    sqlite3_busy_timeout(connection(), checkpointTimeoutMs);
+    const int code = sqlite3_wal_checkpoint_v2(connection(), nullptr, mode, nullptr, nullptr);
+    sqlite3_busy_timeout(connection(), busyTimeoutMs);
+    return code;
+}
+
+} // namespace tarnelLib::controller

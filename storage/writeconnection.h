@@ -1,0 +1,59 @@
+#pragma once
+
+#include "storage/connection.h"
+
+#include <functional>
+
+namespace tarnelLib::controller {
+
+/// The connection that writes, with the steps that writes are made of. It reads as well: what a call that may write
+/// reads, it reads here.
+class WriteConnection : public Connection
+{
+public:
+    /// Starts with an open connection of SQLite's. `onLogGrew` is called when something has been written that is not
+    /// yet in the main file, and not again until `foldLog`.
+    void attach(sqlite3 *connection, std::function<void()> onLogGrew);
+
+    /// Brings what was written into the main file, so that it is complete without side files.
+    void foldLog();
+
+    /// Carries out the steps in one transaction: kept if all of them succeed, undone otherwise.
+    template <class Steps>
+    [[nodiscard]] bool inTransaction(Steps &&steps)
+    {
+        const bool isKept = Connection::inTransaction(Transaction::For::Writing, steps);
+        if (isKept && m_logPages > 0)
+            noteLog();
+        return isKept;
+    }
+
+    /// Runs a statement that yields no rows.
+    [[nodiscard]] bool run(Query &&query, const char *message);
+
+    /// Deletes the records that share the identifiers.
+    template <class Record>
+    [[nodiscard]] bool remove(Numbers identifiers, const char *message)
+    {
+        return run(prepareDelete<Record>(identifiers), message);
+    }
+
+    /// Inserts one record, in place of a stored one.
+    template <class Record>
+    [[nodiscard]] bool replace(const Record &record, const char *message)
+    {
+        Query query = prepareAdd<Record>(1);
+        QueryPreparer::bindRecord(*query, 1, record, {});
+        return run(std::move(query), message);
+    }
+
+private:
+    void noteLog();
+    int checkpoint(int mode);
+
+    std::function<void()> m_onLogGrew;
+    int m_logPages = 0; ///< Since the log was last looked at.
+    bool m_isLogUnfolded = false;
+};
+
+} // namespace tarnelLib::controller
