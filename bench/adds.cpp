@@ -6,15 +6,15 @@ namespace bench {
 
 namespace {
 
-constexpr std::uint32_t batch = 100;  ///< Events to a call.
-constexpr std::uint32_t batches = 50; ///< Calls, before they begin anew.
+constexpr std::uint32_t eventsPerCall = 100;
+constexpr std::uint32_t callsInTurn = 50; ///< Before they begin anew.
 
 } // namespace
 
 void measureAdders(Stage &stage)
 {
-    const Calls first = stage.addingEvents(0, batches, batch);
-    const Calls second = stage.addingEvents(batches, batches, batch);
+    const Calls first = stage.addingEvents(0, callsInTurn, eventsPerCall);
+    const Calls second = stage.addingEvents(callsInTurn, callsInTurn, eventsPerCall);
     Caller one(first);
     Caller other(second);
     std::this_thread::sleep_for(stage.period());
@@ -29,9 +29,10 @@ void measureAdders(Stage &stage)
 void measureLog(Stage &stage)
 {
     const std::vector<Calls> reads{stage.gettingUser(), stage.gettingEvents(), stage.gettingDevices()};
-    for (const std::uint32_t events : {batch, stage.scaled(100000)}) {
-        const Calls adds = stage.addingEvents(0, events == batch ? batches : 1, events);
+    for (const std::uint32_t events : {eventsPerCall, stage.scaled(100000)}) {
+        const Calls adds = stage.addingEvents(0, events == eventsPerCall ? callsInTurn : 1, events);
         std::vector<std::unique_ptr<Caller>> readers;
+        readers.reserve(reads.size());
         for (const Calls &calls : reads)
             readers.push_back(std::make_unique<Caller>(calls));
         Caller adder(adds);

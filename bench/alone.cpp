@@ -93,10 +93,10 @@ Cost costHere(const Workload &workload, const Options &options)
     cost.bytes = accountedBytes("VmHWM") - before;
     if (workload.isWriting)
         return cost;
-    std::vector<double> seconds;
+    std::vector<double> seconds(steadyCalls);
     const long pagesBefore = pagesGiven();
-    for (int i = 0; i < steadyCalls; ++i)
-        seconds.push_back(runOnce(task, *side, options.clock).seconds);
+    for (double &call : seconds)
+        call = runOnce(task, *side, options.clock).seconds;
     cost.faults = static_cast<double>(pagesGiven() - pagesBefore) / steadyCalls;
     cost.seconds = median(seconds);
     return cost;

@@ -28,6 +28,7 @@ std::string outputOfOwnProcess(const std::vector<std::string> &arguments)
     std::vector<std::string> words = arguments;
     words.insert(words.begin(), "tarnel_bench");
     std::vector<char *> pointers;
+    pointers.reserve(words.size() + 1);
     for (std::string &word : words)
         pointers.push_back(word.data());
     pointers.push_back(nullptr);
@@ -43,7 +44,7 @@ std::string outputOfOwnProcess(const std::vector<std::string> &arguments)
         std::_Exit(EXIT_FAILURE);
     }
     ::close(ends[1]);
-    const std::string output = child > 0 ? readAll(ends[0]) : std::string();
+    std::string output = child > 0 ? readAll(ends[0]) : std::string();
     ::close(ends[0]);
     int status = 0;
     if (child <= 0 || ::waitpid(child, &status, 0) != child || !WIFEXITED(status) || WEXITSTATUS(status) != 0)

@@ -5,6 +5,12 @@ namespace bench {
 
 namespace {
 
+struct List {
+    std::string name;
+    std::string description;
+    Task task;
+};
+
 void getAllEvents(Side &side, Answers &answers)
 {
     side.getEvents(0, ~0U, answers);
@@ -19,11 +25,7 @@ std::vector<Workload> startWorkloads(unsigned int divisor)
     const std::uint32_t storedEvents = 300000 / divisor;
     const generator::Centre centre = sitesOf(siteCount, storedEvents);
     const std::uint32_t last = *centre.make<generator::Event>(rows - 1).time;
-    const struct {
-        std::string name;
-        std::string description;
-        Task task;
-    } lists[] = {
+    const std::vector<List> lists{
         {"W2", "getEvents of " + withCommas(rows) + " rows",
          [last](Side &side, Answers &answers) { side.getEvents(0, last, answers); }},
         {"W4", "getDevices of " + withCommas(siteCount),
