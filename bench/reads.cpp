@@ -36,8 +36,9 @@ std::vector<double> waits(const Served &served)
 void measureBeside(Stage &stage, const Named &writer, double times)
 {
     for (const auto &[name, calls] : readers(stage)) {
-        // The library is not idle before it has folded away what was written last.
+        // The library is not idle before it has folded away what was written last, and has read what it had then.
         secondsUntilEmptyLog();
+        serve(calls, stage.period(0.1), pause);
         const Served apart = serve(calls, stage.period(), pause);
         Caller writing(writer.calls);
         const Served together = serve(calls, stage.period(times), pause);
