@@ -12,6 +12,8 @@ namespace {
 class Digest
 {
 public:
+    explicit Digest(std::uint64_t value) : m_value(value) {}
+
     template <class Number>
     requires std::is_arithmetic_v<Number>
     void add(Number number)
@@ -147,53 +149,25 @@ private:
         m_value ^= m_value >> 29U;
     }
 
-    std::uint64_t m_value = 0;
+    std::uint64_t m_value;
 };
-
-void release(api::Event *events, unsigned int count)
-{
-    freeEventsArray(events, count);
-}
-
-void release(api::Device *devices, unsigned int count)
-{
-    freeDevicesArray(devices, count);
-}
-
-void release(api::User *users, unsigned int count)
-{
-    freeUsersArray(users, count);
-}
-
-void release(api::Site *sites, unsigned int count)
-{
-    freeSitesArray(sites, count);
-}
-
-void release(api::Locale *locales, unsigned int count)
-{
-    freeLocalesArray(locales, count);
-}
 
 } // namespace
 
-Answers::~Answers()
+template <class Api>
+void Answers::look(const Api *first, unsigned int count)
 {
-    forEachBlock([](const auto &block) { release(block.first, block.count); });
+    const double start = now(m_clock);
+    Digest digest(m_digest);
+    digest.add(std::span(first, count));
+    m_digest = digest.value();
+    m_secondsOffTheClock += now(m_clock) - start;
 }
 
-std::size_t Answers::count() const
-{
-    std::size_t total = 0;
-    forEachBlock([&](const auto &block) { total += block.count; });
-    return total;
-}
-
-std::uint64_t Answers::digest() const
-{
-    Digest digest;
-    forEachBlock([&](const auto &block) { digest.add(std::span(block.first, block.count)); });
-    return digest.value();
-}
+template void Answers::look(const api::Event *, unsigned int);
+template void Answers::look(const api::Device *, unsigned int);
+template void Answers::look(const api::User *, unsigned int);
+template void Answers::look(const api::Site *, unsigned int);
+template void Answers::look(const api::Locale *, unsigned int);
 
 } // namespace bench

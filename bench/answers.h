@@ -1,57 +1,46 @@
 #pragma once
 
+#include "bench/clock.h"
+
 #include <tarnel/tarnel.h>
 
-#include <algorithm>
 #include <cstdint>
-#include <tuple>
-#include <vector>
 
 namespace bench {
 
 namespace api = tarnelLib::api;
 
-/// What calls have handed out: kept while the clock runs, and compared and released when it has stopped.
+/// Takes what calls hand out, looks at all of it, and releases it before the next call, as a client does. The looking
+/// is off the clock; the release is not.
 class Answers
 {
 public:
-    Answers() = default;
+    explicit Answers(Clock clock = Clock::Wall) : m_clock(clock) {}
     Answers(const Answers &) = delete;
     Answers &operator=(const Answers &) = delete;
-    ~Answers();
+    ~Answers() = default;
 
-    template <class Api>
-    void keep(Api *first, unsigned int count)
+    /// Takes a block of structures, and releases it in the way of the side that has made it.
+    template <class Api, class Release>
+    void take(Api *first, unsigned int count, Release release)
     {
-        std::get<Blocks<Api>>(m_blocks).push_back({first, count});
+        look(first, count);
+        release(first, count);
     }
 
-    /// How many records there are.
-    [[nodiscard]] std::size_t count() const;
     /// A number that follows from every member of every record, in their order.
-    [[nodiscard]] std::uint64_t digest() const;
+    [[nodiscard]] std::uint64_t digest() const { return m_digest; }
+    /// How many seconds the looking has taken.
+    [[nodiscard]] double secondsOffTheClock() const { return m_secondsOffTheClock; }
 
 private:
-    /// A `malloc`'d block of structures.
+    /// For events, devices, users, sites and locales.
     template <class Api>
-    struct Block {
-        Api *first;
-        unsigned int count;
-    };
+    void look(const Api *first, unsigned int count);
 
-    template <class Api>
-    using Blocks = std::vector<Block<Api>>;
-
-    /// Calls `visit` with each block of each kind.
-    template <class Visit>
-    void forEachBlock(Visit visit) const
-    {
-        const auto visitAll = [&](const auto &blocks) { std::for_each(blocks.begin(), blocks.end(), visit); };
-        std::apply([&](const auto &...blocks) { (visitAll(blocks), ...); }, m_blocks);
-    }
-
-    std::tuple<Blocks<api::Event>, Blocks<api::Device>, Blocks<api::User>, Blocks<api::Site>, Blocks<api::Locale>>
-        m_blocks;
+    Clock m_clock;
+    std::uint64_t m_digest = 0;
+    double m_secondsOffTheClock = 0;
 };
 
 } // namespace bench

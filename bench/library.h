@@ -15,6 +15,7 @@ public:
     void getAffectEvents(Answers &answers) override;
     void clearEventsBeforeDateExceptAffects(unsigned int date) override;
     void addSites(std::u16string_view request) override;
+    void getSites(Answers &answers) override;
     void getDevices(Answers &answers) override;
     void getDevice(unsigned int id, Answers &answers) override;
     void getUser(unsigned int id, Answers &answers) override;

@@ -1,70 +1,84 @@
 #include "bench/table.h"
 
-#include <algorithm>
-#include <cctype>
 #include <cstdio>
 #include <cstdlib>
 
 namespace {
 
-constexpr unsigned int quickDivisor = 10;
 constexpr double growth = 100; ///< From the small to the large ones.
 
-struct Options {
-    unsigned int divisor = 1;
-    bench::Clock clock = bench::Clock::Wall;
-    std::vector<std::string> names; ///< Empty for all.
-
-    /// A name stands for the sizes of its workload, too: "W1" for "W1-large", and "W5" for "W5a".
-    [[nodiscard]] bool isWanted(const std::string &workload) const
-    {
-        return names.empty() || std::any_of(names.begin(), names.end(), [&](const std::string &name) {
-                   return workload.compare(0, name.size(), name) == 0 &&
-                          (workload.size() == name.size() || std::isdigit(workload[name.size()]) == 0);
-               });
-    }
-};
-
-/// False for an argument that is none.
-bool parse(int argc, char **argv, Options &options)
+/// Of these, memory and page faults are shown too.
+bool hasCosts(const std::string &name)
 {
-    for (int i = 1; i < argc; ++i) {
-        const std::string argument = argv[i];
-        if (argument == "--quick")
-            options.divisor = quickDivisor;
-        else if (argument == "--processor-time")
-            options.clock = bench::Clock::Processor;
-        else if (argument.front() == 'W')
-            options.names.push_back(argument);
-        else
-            return false;
-    }
-    return true;
+    return name == "W1" || name == "W2" || name == "W4" || name == "W4-sites";
 }
 
-void run(const Options &options)
+template <class Workload>
+std::vector<Workload> wanted(const bench::Options &options, std::vector<Workload> workloads)
 {
-    bench::Table table;
+    std::erase_if(workloads, [&](const Workload &workload) { return !options.isWanted(workload.name); });
+    return workloads;
+}
+
+void runBesideBaseline(const bench::Options &options, bench::Fixtures &fixtures, bench::Table &table)
+{
+    const auto workloads = wanted(options, bench::workloads(options.divisor));
+    const auto startWorkloads = wanted(options, bench::startWorkloads(options.divisor));
+    if (workloads.empty() && startWorkloads.empty())
+        return;
+    bench::Table::printHeader();
+    for (const bench::Workload &workload : workloads) {
+        table.printRow(workload, bench::measure(workload, fixtures, options.clock), "rounds");
+        if (hasCosts(workload.name)) {
+            fixtures.provide(workload.fixture);
+            table.printCosts(workload, bench::costsAlone(workload, options, 0));
+        }
+    }
+    for (const bench::Workload &workload : startWorkloads) {
+        fixtures.provide(workload.fixture);
+        table.printRow(workload, bench::measureStarts(workload, options), "starts");
+    }
+    for (const char *name : {"W1", "W2"})
+        table.printGrowth(name, growth);
+}
+
+void runTogether(const bench::Options &options, bench::Fixtures &fixtures, bench::Table &table)
+{
+    const auto workloads = wanted(options, bench::togetherWorkloads());
+    if (workloads.empty())
+        return;
+    bench::Table::printTogetherHeader();
+    for (const bench::TogetherWorkload &workload : workloads) {
+        bench::Stage stage(fixtures, options.divisor,
+                           [&](const bench::TogetherRow &row) { table.printTogether(workload.name, row); });
+        workload.measure(stage);
+    }
+}
+
+void run(const bench::Options &options)
+{
     if (options.divisor != 1)
         std::printf("Quick: everything is %u times smaller, and so less exact.\n", options.divisor);
     if (options.clock == bench::Clock::Processor)
         std::printf("Time of the processor: without what waits for the disk.\n");
-    bench::Table::printHeader();
-    // Before there are threads.
-    const bench::Workload memoryWorkload = bench::memoryWorkload(options.divisor);
-    if (options.isWanted(memoryWorkload.name))
-        bench::Table::printMemory(memoryWorkload, bench::measureMemory(memoryWorkload));
-
     const client::TemporaryDirectory directory;
     bench::Fixtures fixtures;
-    for (const bench::Workload &workload : bench::workloads(options.divisor)) {
-        if (options.isWanted(workload.name))
-            table.printRow(workload, bench::measure(workload, fixtures, options.clock));
-    }
-    for (const char *name : {"W1", "W2"})
-        table.printGrowth(name, growth);
+    bench::Table table;
+    runBesideBaseline(options, fixtures, table);
+    runTogether(options, fixtures, table);
     if (!table.isValid())
-        throw std::runtime_error("both sides differ");
+        throw std::runtime_error("the results differ");
+}
+
+void runAlone(const bench::Options &options)
+{
+    std::vector<bench::Workload> workloads = bench::workloads(options.divisor);
+    for (bench::Workload &workload : bench::startWorkloads(options.divisor))
+        workloads.push_back(std::move(workload));
+    for (const bench::Workload &workload : workloads) {
+        if (workload.name == options.names.front())
+            bench::tell(bench::costHere(workload, options));
+    }
 }
 
 } // namespace
@@ -74,12 +88,15 @@ int main(int argc, char **argv)
     // Qt warns of an application that is launched anew on another thread, as happens for every file here.
     ::setenv("QT_LOGGING_RULES", "default.warning=false", 0);
     try {
-        Options options;
-        if (!parse(argc, argv, options)) {
-            std::fprintf(stderr, "usage: %s [--quick] [--processor-time] [W1 W2 ...]\n", argv[0]);
+        bench::Options options;
+        if (!bench::parse(argc, argv, options)) {
+            std::fprintf(stderr, "usage: %s [--quick] [--processor-time] [--starts N] [W1 W2 ...]\n", argv[0]);
             return EXIT_FAILURE;
         }
-        run(options);
+        if (options.alone)
+            runAlone(options);
+        else
+            run(options);
     } catch (const std::exception &failure) {
         std::fprintf(stderr, "failed: %s\n", failure.what());
         return EXIT_FAILURE;

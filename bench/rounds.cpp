@@ -2,33 +2,11 @@
 
 #include "bench/baseline/baseline.h"
 
-#include <ctime>
 #include <memory>
 
 namespace bench {
 
 namespace {
-
-double now(Clock clock)
-{
-    timespec time{};
-    ::clock_gettime(clock == Clock::Wall ? CLOCK_MONOTONIC : CLOCK_PROCESS_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
-}
-
-struct Run {
-    double seconds;
-    std::uint64_t digest;
-};
-
-Run runOnce(const Task &task, Side &side, Clock clock)
-{
-    Answers answers;
-    const double start = now(clock);
-    task(side, answers);
-    const double seconds = now(clock) - start;
-    return {seconds, answers.digest()};
-}
 
 /// Opens the sides that are not given, one after the other: what one does at its end is no burden on the other.
 struct Sides {

@@ -6,6 +6,10 @@
 
 namespace bench {
 
+/// The names of the two that are measured.
+constexpr const char *librarySide = "library";
+constexpr const char *baselineSide = "baseline";
+
 /// One of the two that are measured, with the calls that workloads are made of. Failures are exceptions.
 ///
 /// Requests are the texts that the library takes. What a call hands out goes into the answers.
@@ -23,6 +27,7 @@ public:
     virtual void getAffectEvents(Answers &answers) = 0;
     virtual void clearEventsBeforeDateExceptAffects(unsigned int date) = 0;
     virtual void addSites(std::u16string_view request) = 0;
+    virtual void getSites(Answers &answers) = 0;
     virtual void getDevices(Answers &answers) = 0;
     virtual void getDevice(unsigned int id, Answers &answers) = 0;
     virtual void getUser(unsigned int id, Answers &answers) = 0;

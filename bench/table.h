@@ -1,6 +1,7 @@
 #pragma once
 
-#include "bench/rounds.h"
+#include "bench/alone.h"
+#include "bench/together.h"
 
 #include <map>
 
@@ -11,12 +12,17 @@ class Table
 {
 public:
     static void printHeader();
-    void printRow(const Workload &workload, const Measurement &measurement);
-    static void printMemory(const Workload &workload, const Memory &memory);
+    /// `turns` says what the measurement has one figure for each of, such as rounds.
+    void printRow(const Workload &workload, const Measurement &measurement, const char *turns);
+    /// What both sides take of memory, and of pages at each call.
+    void printCosts(const Workload &workload, const Costs &costs);
     /// How much longer an event takes in ten, or a hundred, times as many; for what has been measured at all sizes.
     void printGrowth(const std::string &name, double sizeRatio) const;
 
-    /// Whether both sides have answered the same in every row.
+    static void printTogetherHeader();
+    void printTogether(const std::string &name, const TogetherRow &row);
+
+    /// Whether both sides have answered the same in every row, and the library the same to all threads.
     [[nodiscard]] bool isValid() const { return m_isValid; }
 
 private:

@@ -1,5 +1,7 @@
 #include "bench/workloads.h"
 
+#include "bench/contents.h"
+
 #include <memory>
 
 namespace bench {
@@ -8,133 +10,11 @@ namespace {
 
 using generator::Centre;
 
-constexpr std::uint64_t seed = 1;
-constexpr std::uint32_t sitesOfThousandDevices = 667;
-constexpr std::uint32_t eventsPerFill = 50000;
-constexpr std::uint32_t eventsPerAffect = 1000;
 constexpr int manyRounds = 7;
 constexpr int diskRounds = 21; ///< Where the disk has the last word, and a whim.
 constexpr int fewRounds = 5;   ///< Where a round takes many seconds.
 
 using Requests = std::vector<std::u16string>;
-
-std::string withCommas(std::uint32_t number)
-{
-    std::string text = std::to_string(number);
-    for (std::size_t position = text.size(); position > 3; position -= 3)
-        text.insert(position - 3, 1, ',');
-    return text;
-}
-
-void require(unsigned int code)
-{
-    if (code != TARNEL_SUCCESS)
-        throw std::runtime_error("a file cannot be filled");
-}
-
-template <class Record>
-void fill(const Centre &centre, unsigned int (*add)(const unsigned short *, unsigned int))
-{
-    centre.forEachAddRequest<Record>(1000, [&](const std::u16string &request) {
-        require(
-            add(reinterpret_cast<const unsigned short *>(request.data()), static_cast<unsigned int>(request.size())));
-    });
-}
-
-void fillWithPeople(const Centre &centre)
-{
-    fill<generator::Locale>(centre, ::addLocales);
-    fill<generator::Domain>(centre, ::addDomains);
-    fill<generator::User>(centre, ::addUsers);
-}
-
-/// A history of so many events, of 1,000 devices.
-Centre historyOf(std::uint32_t events)
-{
-    return Centre(seed, {.sites = sitesOfThousandDevices, .events = events});
-}
-
-/// One event in a thousand carries the affect flag, and every event says whether it does.
-std::vector<generator::Event> eventsWithFewAffects(const Centre &centre, std::uint32_t first, std::uint32_t count)
-{
-    std::vector<generator::Event> events = centre.make<generator::Event>(first, count);
-    for (generator::Event &event : events)
-        event.affect = event.id % eventsPerAffect == 0;
-    return events;
-}
-
-/// The devices, and of the history so many events.
-Fixture historyFixture(const std::string &name, const Centre &centre, std::uint32_t events)
-{
-    return {name, [=](Side &side) {
-                fillWithPeople(centre);
-                fill<generator::Device>(centre, ::addDevices);
-                for (std::uint32_t first = 0; first < events; first += eventsPerFill) {
-                    Answers answers;
-                    side.addEvents(generator::addRequest(
-                                       eventsWithFewAffects(centre, first, std::min(eventsPerFill, events - first))),
-                                   answers);
-                }
-            }};
-}
-
-Fixture historyFixture(std::uint32_t events)
-{
-    return historyFixture("events-" + std::to_string(events), historyOf(events), events);
-}
-
-/// Makes a list just so long, of the parts that it has.
-template <class Part>
-void fit(std::vector<Part> &parts, std::size_t size)
-{
-    for (std::size_t i = 0; parts.size() < size; ++i)
-        parts.push_back(parts[i]);
-    parts.resize(size);
-}
-
-/// A site with one device of 4 sections of 4 zones and 5 users with 2 sections each, and a location.
-generator::Site regularSite(const Centre &centre, std::uint32_t index)
-{
-    generator::Site site = centre.make<generator::Site>(index);
-    site.devices.resize(1);
-    generator::Device &device = site.devices.front();
-    fit(device.sections, 4);
-    for (std::uint32_t i = 0; i < 4; ++i) {
-        generator::Section &section = device.sections[i];
-        section.id = i + 1;
-        fit(section.zones, 4);
-        for (std::uint32_t j = 0; j < 4; ++j)
-            section.zones[j].id = i * 4 + j + 1;
-    }
-    fit(device.deviceUsers, 5);
-    for (std::uint32_t i = 0; i < 5; ++i) {
-        device.deviceUsers[i].userIndex = i + 1;
-        device.deviceUsers[i].sections = {i % 3 + 1, i % 3 + 2};
-    }
-    if (!site.location)
-        site.location = generator::Location{0.25 * (index % 360), -0.125 * (index % 720)};
-    return site;
-}
-
-std::u16string regularSitesRequest(const Centre &centre)
-{
-    std::vector<generator::Site> sites;
-    for (std::uint32_t i = 0; i < centre.count<generator::Site>(); ++i)
-        sites.push_back(regularSite(centre, i));
-    return generator::addRequest(sites);
-}
-
-/// The sites' surroundings, and the sites themselves if they are wanted.
-Fixture sitesFixture(const Centre &centre, bool hasSites)
-{
-    return {hasSites ? "sites" : "no-sites", [=](Side &side) {
-                fillWithPeople(centre);
-                fill<generator::Contractor>(centre, ::addContractors);
-                fill<generator::Contract>(centre, ::addContracts);
-                if (hasSites)
-                    side.addSites(regularSitesRequest(centre));
-            }};
-}
 
 /// A task that sends requests one after the other.
 Task sending(Requests requests, void (Side::*send)(std::u16string_view, Answers &))
@@ -264,38 +144,35 @@ Workload pruning(std::uint32_t removed, std::uint32_t storedEvents)
 
 } // namespace
 
-Workload memoryWorkload(unsigned int divisor)
-{
-    return addingEvents("W1", 100000 / divisor, fewRounds);
-}
-
 std::vector<Workload> workloads(unsigned int divisor)
 {
     const auto scaled = [divisor](std::uint32_t number) { return number / divisor; };
     const std::uint32_t siteCount = scaled(2000);
-    const Centre sites(seed, {.sites = siteCount, .events = 0});
+    const Centre sites = sitesOf(siteCount, 0);
     // Each regular site has the first of the devices that the generator gives it.
     const auto firstDevices = [](std::uint32_t site) { return Centre::firstDeviceOfSite(site); };
     return {
         addingEvents("W1", scaled(100000), manyRounds),
         gettingEvents("W2", scaled(100000), manyRounds),
-        {"W3", "addSites of " + withCommas(siteCount) + " sites with a device each", sitesFixture(sites, false), true,
+        {"W3", "addSites of " + withCommas(siteCount) + " sites with a device each", surroundingsFixture(sites), true,
          manyRounds,
          [=] { return [request = regularSitesRequest(sites)](Side &side, Answers &) { side.addSites(request); }; }},
-        {"W4", "getDevices of " + withCommas(siteCount) + " devices", sitesFixture(sites, true), false, manyRounds,
+        {"W4", "getDevices of " + withCommas(siteCount) + " devices", sitesFixture(sites), false, manyRounds,
          [] { return [](Side &side, Answers &answers) { side.getDevices(answers); }; }},
-        {"W5a", withCommas(scaled(10000)) + " getDevice", sitesFixture(sites, true), false, manyRounds,
+        {"W4-sites", "getSites of " + withCommas(siteCount) + " sites", sitesFixture(sites), false, manyRounds,
+         [] { return [](Side &side, Answers &answers) { side.getSites(answers); }; }},
+        {"W5a", withCommas(scaled(10000)) + " getDevice", sitesFixture(sites), false, manyRounds,
          [=] {
              return [=](Side &side, Answers &answers) {
                  for (std::uint32_t i = 0; i < scaled(10000); ++i)
                      side.getDevice(generator::Device::firstId + firstDevices(i * 7919 % siteCount), answers);
              };
          }},
-        gettingOnes("W5b", "getUser", scaled(10000), sitesFixture(sites, true), generator::User::firstId,
+        gettingOnes("W5b", "getUser", scaled(10000), sitesFixture(sites), generator::User::firstId,
                     sites.count<generator::User>(), &Side::getUser),
-        gettingOnes("W5c", "getSite", scaled(2000), sitesFixture(sites, true), generator::Site::firstId, siteCount,
+        gettingOnes("W5c", "getSite", scaled(2000), sitesFixture(sites), generator::Site::firstId, siteCount,
                     &Side::getSite),
-        gettingOnes("W5d", "getLocale", scaled(10000), sitesFixture(sites, true), generator::Locale::firstId,
+        gettingOnes("W5d", "getLocale", scaled(10000), sitesFixture(sites), generator::Locale::firstId,
                     sites.count<generator::Locale>(), &Side::getLocale),
         durableWrites(scaled(500), scaled(100000)),
         gettingShortLists(scaled(500), scaled(100000)),

@@ -1,5 +1,6 @@
 #include "bench/baseline/baseline.h"
 
+#include "bench/baseline/release.h"
 #include "bench/baseline/rows.h"
 
 #include <array>
@@ -136,6 +137,7 @@ Baseline::Baseline(const char *path)
       m_getZonesOfDevice(m_connection.handle(), rows::selectZones + " WHERE ZonesDeviceId = ?"),
       m_getDeviceUsersOfDevice(m_connection.handle(), rows::selectDeviceUsers + " WHERE DeviceUsersDeviceId = ?"),
       m_getLinksOfDevice(m_connection.handle(), rows::selectLinks + " WHERE DeviceUserSectionLinksDeviceId = ?"),
+      m_getSites(m_connection.handle(), rows::selectSites),
       m_getSite(m_connection.handle(), rows::selectSites + " WHERE SitesId = ?"),
       m_getUser(m_connection.handle(), rows::selectUsers + " WHERE UsersId = ?"),
       m_getLocale(m_connection.handle(),
@@ -149,7 +151,7 @@ void Baseline::keepEvents(Statement &statement, Answers &answers)
     api::Event *events = nullptr;
     unsigned int count = 0;
     statement.forEachRow([&](sqlite3_stmt *row) { rows::readEvent(row, rows::append(events, count)); });
-    answers.keep(events, count);
+    answers.take(events, count, rows::release<api::Event>);
 }
 
 void Baseline::addEvents(std::u16string_view request, Answers &answers)
@@ -198,30 +200,21 @@ void Baseline::clearEventsBeforeDateExceptAffects(unsigned int date)
     m_commit.run();
 }
 
-void Baseline::getSite(unsigned int id, Answers &answers)
-{
-    m_getSite.bind(1, sqlite3_int64{id});
-    m_getSite.forEachRow([&](sqlite3_stmt *row) {
-        auto *site = static_cast<api::Site *>(rows::allocate(sizeof(api::Site)));
-        rows::readSite(row, *site);
-        answers.keep(site, 1);
-    });
-}
-
 void Baseline::getUser(unsigned int id, Answers &answers)
 {
     m_getUser.bind(1, sqlite3_int64{id});
     m_getUser.forEachRow([&](sqlite3_stmt *row) {
         auto *user = static_cast<api::User *>(rows::allocate(sizeof(api::User)));
         rows::readUser(row, *user);
-        answers.keep(user, 1);
+        answers.take(user, 1, rows::release<api::User>);
     });
 }
 
 void Baseline::getLocale(unsigned int id, Answers &answers)
 {
     m_getLocale.bind(1, sqlite3_int64{id});
-    m_getLocale.forEachRow([&](sqlite3_stmt *row) { answers.keep(rows::readLocale(row, 0), 1); });
+    m_getLocale.forEachRow(
+        [&](sqlite3_stmt *row) { answers.take(rows::readLocale(row, 0), 1, rows::release<api::Locale>); });
 }
 
 void Baseline::updateUser(std::u16string_view request, Answers &answers)

@@ -34,6 +34,7 @@ public:
     void getAffectEvents(Answers &answers) override;
     void clearEventsBeforeDateExceptAffects(unsigned int date) override;
     void addSites(std::u16string_view request) override;
+    void getSites(Answers &answers) override;
     void getDevices(Answers &answers) override;
     void getDevice(unsigned int id, Answers &answers) override;
     void getUser(unsigned int id, Answers &answers) override;
@@ -76,6 +77,7 @@ private:
     Statement m_getZonesOfDevice;
     Statement m_getDeviceUsersOfDevice;
     Statement m_getLinksOfDevice;
+    Statement m_getSites;
     Statement m_getSite;
     Statement m_getUser;
     Statement m_getLocale;

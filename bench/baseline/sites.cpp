@@ -1,4 +1,5 @@
 #include "bench/baseline/baseline.h"
+#include "bench/baseline/release.h"
 #include "bench/baseline/rows.h"
 
 #include <array>
@@ -200,6 +201,24 @@ void Baseline::addLocation(ondemand::object location, sqlite3_int64 site)
     m_addLocation.run();
 }
 
+void Baseline::getSites(Answers &answers)
+{
+    api::Site *sites = nullptr;
+    unsigned int count = 0;
+    m_getSites.forEachRow([&](sqlite3_stmt *row) { rows::readSite(row, rows::append(sites, count)); });
+    answers.take(sites, count, rows::release<api::Site>);
+}
+
+void Baseline::getSite(unsigned int id, Answers &answers)
+{
+    m_getSite.bind(1, sqlite3_int64{id});
+    m_getSite.forEachRow([&](sqlite3_stmt *row) {
+        auto *site = static_cast<api::Site *>(rows::allocate(sizeof(api::Site)));
+        rows::readSite(row, *site);
+        answers.take(site, 1, rows::release<api::Site>);
+    });
+}
+
 void Baseline::getDevices(Answers &answers)
 {
     api::Device *devices = nullptr;
@@ -214,7 +233,7 @@ void Baseline::getDevices(Answers &answers)
         return found == index.end() ? nullptr : found->second;
     });
     m_commit.run();
-    answers.keep(devices, count);
+    answers.take(devices, count, rows::release<api::Device>);
 }
 
 void Baseline::getDevice(unsigned int id, Answers &answers)
@@ -232,7 +251,7 @@ void Baseline::getDevice(unsigned int id, Answers &answers)
             parts->bind(1, sqlite3_int64{id});
         readParts({m_getSectionsOfDevice, m_getZonesOfDevice, m_getDeviceUsersOfDevice, m_getLinksOfDevice},
                   [device](unsigned int) { return device; });
-        answers.keep(device, 1);
+        answers.take(device, 1, rows::release<api::Device>);
     }
     m_commit.run();
 }
