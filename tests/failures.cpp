@@ -15,6 +15,7 @@ Lines takeLog()
     static Lines lines;
     const std::lock_guard lock(mutex);
     qInstallMessageHandler([](QtMsgType type, const QMessageLogContext &, const QString &line) {
+        std::this_thread::yield(); // Lets other threads' lines come between one thread's, if they can.
         const std::lock_guard linesLock(mutex);
         if (type == QtDebugMsg)
             lines.push_back(line.toStdString());
