@@ -1,11 +1,13 @@
 #include "databasefile.h"
 #include "exports.h"
+#include "failures.h"
 
 #include <dlfcn.h>
 #include <link.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <new>
@@ -48,15 +50,24 @@ UNSANITIZED bool isRefused(void *caller)
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 extern "C" void *__interceptor_malloc(std::size_t size);
+extern "C" void *__interceptor_realloc(void *block, std::size_t size);
 #define SYSTEM_MALLOC __interceptor_malloc
+#define SYSTEM_REALLOC __interceptor_realloc
 #else
 extern "C" void *__libc_malloc(std::size_t size);
+extern "C" void *__libc_realloc(void *block, std::size_t size);
 #define SYSTEM_MALLOC __libc_malloc
+#define SYSTEM_REALLOC __libc_realloc
 #endif
 
 extern "C" UNSANITIZED __attribute__((visibility("default"))) void *malloc(std::size_t size) noexcept
 {
     return isRefused(__builtin_return_address(0)) ? nullptr : SYSTEM_MALLOC(size);
+}
+
+extern "C" UNSANITIZED __attribute__((visibility("default"))) void *realloc(void *block, std::size_t size) noexcept
+{
+    return isRefused(__builtin_return_address(0)) ? nullptr : SYSTEM_REALLOC(block, size);
 }
 
 UNSANITIZED void *operator new(std::size_t size)
@@ -103,6 +114,8 @@ namespace {
 /// Makes a call's first request fail, then its second, and so on, until the call does not get to that one any more.
 void expectEveryFailureIs(const std::string &code, Faults &faults, const Export &function, int leastFailures)
 {
+    std::vector<Step> steps = stepsOf(function.name);
+    std::erase_if(steps, [](const Step &step) { return step.code != "9"; });
     for (const bool isLasting : {false, true}) {
         const TemporaryDirectory directory;
         const RunningCache cache;
@@ -114,6 +127,7 @@ void expectEveryFailureIs(const std::string &code, Faults &faults, const Export 
                          (isLasting ? " and all after it" : ""));
             const std::string before = content();
             flushes = 0;
+            takeLog();
             faults = {true, isLasting, request - 1};
             const std::string answer = function.callWith(1);
             if (const bool hasFailed = std::exchange(faults, {}).granted < 0; !hasFailed) {
@@ -123,6 +137,8 @@ void expectEveryFailureIs(const std::string &code, Faults &faults, const Export 
                 break;
             }
             ASSERT_EQ(answer, code);
+            if (code == "9") // The disk is written to by the commit, which ends the last step.
+                expectLogOf(steps.back());
             ASSERT_TRUE(isStored || content() == before);
         }
     }

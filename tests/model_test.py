@@ -8,9 +8,11 @@ import json
 import os
 import random
 import re
+import sqlite3
 import sys
 import tempfile
 from collections import defaultdict
+from contextlib import closing
 from typing import Any, NamedTuple
 
 from tarnel import Library, Member
@@ -26,7 +28,7 @@ OBJECTS = ("contact", "location")
 
 
 class Function(NamedTuple):
-    """A function that has to do with what is stored. A relaunch counts as one."""
+    """A function that has to do with what is stored. What a program does beside calls counts as one."""
     name: str
     family: str  # What functions of several kinds have alike; for others the name.
     kind: str
@@ -44,7 +46,7 @@ class Call(NamedTuple):
 
 def functions(library: Library) -> list[Function]:
     """All functions that have to do with what is stored."""
-    result = [Function("relaunch", "relaunch", "Event", [])]
+    result = [Function(name, name, "Event", []) for name in BESIDE_CALLS]
     for name, roles in library.roles.items():
         alike = re.fullmatch(r"(add|get|update|delete)(\w+?)(s?)(?:Fw|ForSection)?(WithParams)?", name)
         if alike and alike[2] in library.members and name != "getEvents":
@@ -59,6 +61,17 @@ def relaunch(library: Library) -> tuple[int, list]:
     library.exit()
     library.launch()
     return library.getLaunchCacheResult(), []
+
+
+def change_plans(_: Library, analyze: str = "ANALYZE") -> tuple[int, list]:
+    """Leaves other statistics in the file, as any tool may: SQLite then reads tables in another way and order."""
+    with closing(sqlite3.connect("CacheDb")) as connection:
+        connection.executescript(f"DROP TABLE IF EXISTS sqlite_stat1; {analyze}")
+    return 0, []
+
+
+# What may come between calls.
+BESIDE_CALLS = {"relaunch": relaunch, "analyze": change_plans}
 
 
 class Refusal(Exception):
@@ -293,7 +306,8 @@ class Generator:
     REALS = [-0.5, 55.751244, 1e-7, -179.99999999999997, 90]
     UNKNOWN_KEYS = ["", "Id", "id ", "UsersId", "1=1 OR id", "zones", "device", "section", "nothing"]
     DAMAGES = [None, True, 7, "7", [], {}, [7], {"id": 1}]
-    WEIGHTS = {"add": 8, "adds": 8, "update": 5, "delete": 5, "clearAll": 1, "clearAllExceptEvents": 1, "relaunch": 1}
+    WEIGHTS = {"add": 8, "adds": 8, "update": 5, "delete": 5, "clearAll": 1, "clearAllExceptEvents": 1, "relaunch": 1,
+               "analyze": 1}
 
     def __init__(self, seed: int, library: Library):
         source = random.Random(seed)
@@ -385,14 +399,15 @@ def difference(library: Library, program: list[Call]) -> tuple | None:
     """What the model and the library do where they differ first, on a cache without records."""
     library.call("clearAll")
     library.call("setServerIp", "")
+    change_plans(library, analyze="")
     model = Model(library.members)
     for call in program:
         try:
             expected = 0, model.carry_out(call.function.family, call.function.kind, *call.arguments)
         except Refusal as refusal:
             expected = refusal.args[0], []
-        is_relaunch = call.function.name == "relaunch"
-        code, contents = relaunch(library) if is_relaunch else library.call(call.function.name, *call.arguments)
+        beside = BESIDE_CALLS.get(call.function.name)
+        code, contents = beside(library) if beside else library.call(call.function.name, *call.arguments)
         if code == 0 and "count" in call.function.roles and call.function.name != "addEvents":
             contents[0].sort(key=lambda record: record["id"])  # They come in no particular order.
         if (code, contents) != expected:

@@ -5,11 +5,15 @@
 #include <cctype>
 #include <cstdlib>
 #include <optional>
+#include <regex>
 #include <sstream>
 
 namespace client {
 
 namespace {
+
+/// How the file shows what editors do not.
+const std::regex byteOrderMark(R"(\\ufeff)");
 
 std::string answerTo(const std::string &text)
 {
@@ -24,9 +28,12 @@ std::string answerTo(const std::string &text)
     words >> function >> std::ws;
     if (words.peek() == '{')
         return call(function, {item(text.substr(function.size() + 1))});
-    for (std::string word; words >> word;)
-        inputs.push_back(exported(function).texts == 0 ? Argument(std::stoi(word))
-                                                       : Argument(word == "''" ? "" : word));
+    for (std::string word; words >> word;) {
+        if (inputs.size() >= exported(function).texts)
+            inputs.emplace_back(std::stoi(word));
+        else
+            inputs.emplace_back(word == "''" ? "" : std::regex_replace(word, byteOrderMark, "\ufeff"));
+    }
     return call(function, inputs);
 }
 

@@ -1,0 +1,59 @@
+#include "failures.h"
+
+#include <QString>
+
+#include <algorithm>
+#include <mutex>
+#include <regex>
+#include <sstream>
+
+namespace client {
+
+Lines takeLog()
+{
+    static std::mutex mutex;
+    static Lines lines;
+    const std::lock_guard lock(mutex);
+    qInstallMessageHandler([](QtMsgType type, const QMessageLogContext &, const QString &line) {
+        std::this_thread::yield(); // Lets other threads' lines come between one thread's, if they can.
+        const std::lock_guard linesLock(mutex);
+        if (type == QtDebugMsg)
+            lines.push_back(line.toStdString());
+    });
+    return std::exchange(lines, {});
+}
+
+std::vector<Step> stepsIn(const Case &lines)
+{
+    static const std::regex pattern(R"((.*) \| (\w+)(?: (.*))? \| (\d) ([^|]*?)(?: \| (.*))?)");
+    std::vector<Step> steps;
+    for (const std::string &line : lines.lines) {
+        std::smatch row;
+        EXPECT_TRUE(std::regex_match(line, row, pattern)) << line;
+        std::istringstream functions(row[1]);
+        for (std::string function; functions >> function;)
+            steps.push_back({function, row[2], row[3], row[4], row[5], row[6]});
+    }
+    return steps;
+}
+
+std::vector<Step> stepsOf(const std::string &function)
+{
+    std::vector<Step> all;
+    for (const Case &each : readCases("failures.txt"))
+        std::ranges::copy_if(stepsIn(each), std::back_inserter(all),
+                             [&](const Step &step) { return step.function == function; });
+    return all;
+}
+
+std::string expectLogOf(const Step &step, const std::string &text)
+{
+    const Lines lines = takeLog();
+    const std::string logged = lines.size() > 1 ? lines[1] : "";
+    const std::string expected = text.empty() ? logged : text;
+    const bool isBatch = step.function.starts_with("add") && step.message.starts_with("add ");
+    EXPECT_EQ(lines, (Lines{isBatch ? "execute batch error" : "execute error", expected, step.message, expected}));
+    return logged;
+}
+
+} // namespace client
