@@ -120,9 +120,8 @@ Comparison compared(std::u16string_view text, Result expected, const Records &ex
         write(comparison.expectedRecords, expectedRecords);
     if (actual == Result::Success)
         write(comparison.actualRecords, actualRecords);
-    if (expected == Result::Success && actual == Result::Success)
-        comparison.isSame = expectedRecords == actualRecords && comparison.expectedRecords == comparison.actualRecords;
-    comparison.isSame = comparison.isSame || isAmbiguous(text);
+    comparison.isSame =
+        (comparison.isSame && comparison.expectedRecords == comparison.actualRecords) || isAmbiguous(text);
     return comparison;
 }
 

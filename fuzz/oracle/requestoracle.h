@@ -1,8 +1,8 @@
 #pragma once
 
-#include "oracle/jsonobject.h"
 #include "entities/organization.h"
 #include "entities/site.h"
+#include "oracle/jsonobject.h"
 #include "parsing/requestparser.h"
 
 #include <algorithm>
