@@ -2,6 +2,10 @@
 
 #include "storage/sqlitedatabase.h"
 
+#include <QDebug>
+
+#include <new>
+
 namespace tarnelLib::controller {
 
 Controller::Controller() : m_database(std::make_unique<SQLiteDatabase>()) {}
@@ -9,7 +13,7 @@ Controller::Controller() : m_database(std::make_unique<SQLiteDatabase>()) {}
 Controller::~Controller() = default;
 
 bool Controller::connectToDatabase(const QString &path)
-{
+try {
     const auto repaired = [this](bool isRepaired, Result result) {
         m_connectResult = isRepaired ? result : Result::DatabaseUnavailable;
         return isRepaired;
@@ -24,6 +28,10 @@ bool Controller::connectToDatabase(const QString &path)
         return repaired(m_database->recreateDatabase(path), Result::DatabaseRecreatedTablesInvalid);
     m_connectResult = Result::Success;
     return true;
+} catch (const std::bad_alloc &) {
+    m_connectResult = Result::DatabaseUnavailable;
+    qDebug("No database: out of memory");
+    return false;
 }
 
 void Controller::onStart()

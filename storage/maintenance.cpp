@@ -9,7 +9,10 @@ bool SQLiteDatabase::setServerIp(std::u16string_view address)
 
 bool SQLiteDatabase::getServerIp(std::optional<Text> &address)
 {
-    return readFirst(m_preparer.prepareGetIp(), "get ip error", [&](const Statement &row) { row.read(0, address); });
+    return readFirst(m_preparer.prepareGetIp(), "get ip error", [&](const Statement &row) {
+        if (const std::optional<int> column = row.find("SessionIp"))
+            row.read(*column, address);
+    });
 }
 
 bool SQLiteDatabase::doClearAllExceptEvents()

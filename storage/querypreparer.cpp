@@ -8,7 +8,7 @@ namespace {
 constexpr const char *createSessionTable =
     "CREATE TABLE Session (SessionId INTEGER PRIMARY KEY,SessionIp VARCHAR(255))";
 constexpr const char *setIp = "INSERT OR REPLACE INTO Session (SessionId,SessionIp)VALUES (0,?)";
-constexpr const char *getIp = "SELECT SessionIp FROM Session";
+constexpr const char *getIp = "SELECT * FROM Session";
 constexpr const char *createVersionTable =
     "CREATE TABLE Version (VersionId INTEGER PRIMARY KEY,VersionNumber VARCHAR(255))";
 constexpr const char *setDbVersion = "INSERT OR REPLACE INTO Version (VersionId,VersionNumber)VALUES (0,?)";

@@ -1,18 +1,15 @@
 #include "storage/sqlitedatabase.h"
 
+#include "storage/databasefile.h"
+
 #include <QDebug>
-#include <QFile>
+#include <QScopeGuard>
 #include <QSqlDriver>
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QVariant>
 
-#include <fcntl.h>
 #include <sqlite3.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <array>
 
 namespace tarnelLib::controller {
 
@@ -20,92 +17,82 @@ namespace {
 
 constexpr std::u16string_view currentVersion = u"0.1";
 
-/// What Qt's driver sets; folding the log puts it back.
-constexpr int busyTimeoutMs = 5000;
-
-/// The files that SQLite keeps beside the main file. One that outlives its main file would be taken for the next one's.
-constexpr std::array sideFiles = {"-wal", "-shm", "-journal"};
-
-void removeSideFiles(const QString &path)
-{
-    for (const char *suffix : sideFiles)
-        QFile::remove(path + QLatin1String(suffix));
-}
-
-/// Makes the empty file, for its owner alone: it will hold phones and addresses. SQLite gives side files the same mode.
-/// The process's umask is not ours to change, and a link that leads nowhere is not ours to follow.
-bool createFile(const QString &path)
-{
-    removeSideFiles(path);
-    const int file = ::open(QFile::encodeName(path).constData(), O_CREAT | O_EXCL | O_NOFOLLOW | O_WRONLY | O_CLOEXEC,
-                            S_IRUSR | S_IWUSR);
-    if (file < 0)
-        return false;
-    const bool isOwned = ::fchmod(file, S_IRUSR | S_IWUSR) == 0;
-    ::close(file);
-    return isOwned;
-}
-
-/// The connection behind Qt's, if it is one of the SQLite library that this library is linked with.
+/// The connection behind Qt's; null if it is not one of the SQLite library that this library is linked with, or if the
+/// driver has no memory for the answer.
 sqlite3 *nativeConnection(const QSqlDatabase &database)
 {
     QSqlQuery query(database);
-    const bool isAnswered = query.exec(QStringLiteral("SELECT sqlite_source_id()")) && query.next();
-    if (!isAnswered || query.value(0).toString() != QLatin1String(sqlite3_sourceid())) {
-        qDebug("Qt's SQLite driver uses another SQLite library than this one");
+    if (!query.exec(QStringLiteral("SELECT sqlite_source_id()")) || !query.next()) {
+        file::logUnavailable(query.lastError().text(), 0);
         return nullptr;
     }
     const QVariant handle = database.driver()->handle();
-    if (qstrcmp(handle.typeName(), "sqlite3*") != 0)
+    if (query.value(0).toString() != QLatin1String(sqlite3_sourceid()) || qstrcmp(handle.typeName(), "sqlite3*") != 0) {
+        file::logUnavailable(QStringLiteral("Qt's SQLite driver uses another SQLite library than this one"), 0);
         return nullptr;
-    return *static_cast<sqlite3 *const *>(handle.constData());
-}
-
-/// Whether a failure lies in the circumstances, so that nothing follows from it for the content of the file.
-bool isCircumstance(int errorCode)
-{
-    switch (errorCode & 0xff) {
-    case SQLITE_BUSY:
-    case SQLITE_LOCKED:
-    case SQLITE_PROTOCOL:
-    case SQLITE_NOMEM:
-        return true;
-    default:
-        return false;
     }
+    return *static_cast<sqlite3 *const *>(handle.constData());
 }
 
 } // namespace
 
 SQLiteDatabase::~SQLiteDatabase()
 {
+    if (m_connection != nullptr)
+        file::putLogAway(m_connection);
     closeDatabase();
 }
 
 bool SQLiteDatabase::isDatabaseFileExists(const QString &path)
 {
-    return QFile::exists(path);
+    return !file::isMissing(path);
 }
 
 bool SQLiteDatabase::restoreDatabase(const QString &path)
 {
-    if (openDatabase(path))
-        return createTables();
-    qDebug("Unable to restore database");
-    return false;
+    auto abandon = qScopeGuard([&] { abandonDatabase(path); });
+    if (!openDatabase(path)) {
+        qDebug("Unable to restore database");
+        return false;
+    }
+    if (!createTables())
+        return false;
+    abandon.dismiss();
+    return true;
 }
 
 bool SQLiteDatabase::openDatabase(const QString &path)
 {
-    if (!QFile::exists(path) && !createFile(path))
+    // Until it is opened, nothing is known of it.
+    m_isContentUnknown = true;
+    auto abandon = qScopeGuard([&] { abandonDatabase(path); });
+    if (!QSqlDatabase::isDriverAvailable(QStringLiteral("QSQLITE"))) {
+        file::logUnavailable(QStringLiteral("Qt has no driver for SQLite, QSQLITE"), 0);
         return false;
+    }
+    if (file::isMissing(path)) {
+        if (!file::make(path))
+            return false;
+        m_isFileNew = true;
+    }
     // A connection of an earlier launch is still registered under the name.
     if (QSqlDatabase::contains(m_name))
         QSqlDatabase::removeDatabase(m_name);
     m_database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_name);
     m_name = path;
     m_database.setDatabaseName(path);
-    return m_database.open() && useConnection();
+    if (!m_database.open()) {
+        const int systemError = file::openingError(path);
+        m_isContentUnknown = !file::isUnopenable(path, systemError);
+        if (m_isContentUnknown)
+            file::logUnavailable(m_database.lastError().databaseText(), systemError);
+        return false;
+    }
+    if (!useConnection())
+        return false;
+    m_isContentUnknown = false;
+    abandon.dismiss();
+    return true;
 }
 
 bool SQLiteDatabase::useConnection()
@@ -113,18 +100,18 @@ bool SQLiteDatabase::useConnection()
     m_connection = nativeConnection(m_database);
     if (m_connection == nullptr)
         return false;
-    // Waits for a lock once; each of the statements below would wait for it again.
-    if (isCircumstance(sqlite3_exec(m_connection, "SELECT 1 FROM sqlite_master LIMIT 1", nullptr, nullptr, nullptr))) {
-        m_isContentUnknown = true;
+    // Waits for a lock once; each of the statements below would wait for it again. A file that is no database fails
+    // at its first read, not here.
+    if (file::isCircumstance(file::execute(m_connection, "SELECT 1 FROM sqlite_master LIMIT 1")) ||
+        (m_isFileNew && !file::useLog(m_connection))) {
+        file::logUnavailable(m_connection);
         return false;
     }
-    // A commit is on the disk when it returns. Where the file system has no shared memory, the file keeps the rollback
-    // journal, as safe and slower; and a file that is no database fails at its first read, not here.
-    sqlite3_exec(m_connection, "PRAGMA journal_mode=WAL", nullptr, nullptr, nullptr);
-    sqlite3_exec(m_connection, "PRAGMA synchronous=FULL", nullptr, nullptr, nullptr);
+    // A commit is on the disk when it returns.
+    file::execute(m_connection, "PRAGMA synchronous=FULL");
     // 100,000 users read in random order take 1.19 times as long with SQLite's own 2 MiB, 1.10 times with 8 MiB, and no
     // less with 64 or 128 MiB; at 800,000 users, adding in random order takes 1.24 times as long with 2 MiB.
-    sqlite3_exec(m_connection, "PRAGMA cache_size=-16384", nullptr, nullptr, nullptr);
+    file::execute(m_connection, "PRAGMA cache_size=-16384");
     m_preparer.attach(m_connection);
     return true;
 }
@@ -133,7 +120,6 @@ bool SQLiteDatabase::recreateDatabase(const QString &path)
 {
     if (m_isContentUnknown) {
         closeDatabase();
-        qDebug("Unable to recreate database: it is in use");
         return false;
     }
     return removeDb() && openDatabase(path);
@@ -144,10 +130,7 @@ bool SQLiteDatabase::removeDb()
     closeDatabase();
     m_database = QSqlDatabase();
     QSqlDatabase::removeDatabase(m_name);
-    if (!QFile::remove(m_name))
-        return false;
-    removeSideFiles(m_name);
-    return true;
+    return file::remove(m_name);
 }
 
 void SQLiteDatabase::closeDatabase()
@@ -155,6 +138,16 @@ void SQLiteDatabase::closeDatabase()
     m_preparer.detach();
     m_connection = nullptr;
     m_database.close();
+}
+
+/// Leaves no file behind that was not there before: the next launch would take an empty one for a spoiled one.
+void SQLiteDatabase::abandonDatabase(const QString &path)
+{
+    closeDatabase();
+    if (!std::exchange(m_isFileNew, false))
+        return;
+    if (!file::remove(path))
+        qDebug("An empty file is left behind");
 }
 
 bool SQLiteDatabase::isDbVersionActual()
@@ -171,6 +164,18 @@ bool SQLiteDatabase::isDbVersionActual()
 
 bool SQLiteDatabase::isTablesValid()
 {
+    if (!areTablesReadable())
+        return false;
+    // Not before: a file that cannot be used now is left as it is.
+    m_isContentUnknown = !file::useLog(m_connection);
+    if (m_isContentUnknown)
+        file::logUnavailable(m_connection);
+    return !m_isContentUnknown;
+}
+
+/// Of the links between users and sections, and of the session, not every column is needed.
+bool SQLiteDatabase::areTablesReadable()
+{
     const auto isReadable = [this](Query &&query) { return run(std::move(query), nullptr); };
     return inTransaction([&] {
         return isReadable(m_preparer.prepareGet<User>(0U)) && isReadable(m_preparer.prepareGet<Domain>(0U)) &&
@@ -180,8 +185,8 @@ bool SQLiteDatabase::isTablesValid()
                isReadable(m_preparer.prepareGet<Section>(0U, 0U)) && isReadable(m_preparer.prepareGet<Device>(0U)) &&
                isReadable(m_preparer.prepareGet<Location>(0U)) && isReadable(m_preparer.prepareGet<Site>(0U)) &&
                isReadable(m_preparer.prepareGet<DeviceUser>(0U)) && isReadable(prepareGetEventById(0)) &&
-               isReadable(m_preparer.prepareGet<DeviceUserSectionLink>(0U)) && isReadable(m_preparer.prepareGetIp()) &&
-               isReadable(m_preparer.prepareGetDbVersion());
+               isReadable(m_preparer.prepareIsExists<DeviceUserSectionLink>(0U, 0U)) &&
+               isReadable(m_preparer.prepareGetIp()) && isReadable(m_preparer.prepareGetDbVersion());
     });
 }
 
@@ -218,7 +223,7 @@ void SQLiteDatabase::foldLog()
     // A reader in another process only puts the folding off; waiting for it here would hold up the client.
     sqlite3_busy_timeout(m_connection, 0);
     const int code = sqlite3_wal_checkpoint_v2(m_connection, nullptr, SQLITE_CHECKPOINT_TRUNCATE, nullptr, nullptr);
-    sqlite3_busy_timeout(m_connection, busyTimeoutMs);
+    file::waitForLocks(m_connection);
     if (code != SQLITE_OK) {
         m_isLogUnfolded = true;
         Q_EMIT logGrew();
@@ -252,7 +257,7 @@ bool SQLiteDatabase::isDone(Statement::Step step, const Statement &statement, co
 
 void SQLiteDatabase::logFailure(const char *message, const Statement &statement)
 {
-    m_isContentUnknown = m_isContentUnknown || isCircumstance(statement.errorCode());
+    m_isContentUnknown = m_isContentUnknown || file::isCircumstance(statement.errorCode());
     qDebug().noquote() << message;
     qDebug().noquote() << statement.errorText();
 }

@@ -295,8 +295,10 @@ private:
     bool doClearAllExceptEvents();
 
     bool createTables();
+    bool areTablesReadable();
     bool useConnection();
     void closeDatabase();
+    void abandonDatabase(const QString &path);
     bool removeDb();
     void logFailure(const char *message, const Statement &statement);
 
@@ -304,6 +306,7 @@ private:
     QSqlDatabase m_database;
     sqlite3 *m_connection = nullptr;
     QueryPreparer m_preparer;
+    bool m_isFileNew = false;        ///< This launch has made it.
     bool m_isContentUnknown = false; ///< A failure said nothing about the file, which must not be judged by it.
     bool m_isLogUnfolded = false;
 };

@@ -113,6 +113,18 @@ Statement::Step Statement::step()
     return Step::Failed;
 }
 
+std::optional<int> Statement::find(const char *name) const
+{
+    for (int column = 0; column < sqlite3_column_count(m_handle); ++column) {
+        const char *found = sqlite3_column_name(m_handle, column);
+        if (found == nullptr)
+            throw std::bad_alloc();
+        if (sqlite3_stricmp(found, name) == 0)
+            return column;
+    }
+    return {};
+}
+
 quint64 Statement::toUnsigned(sqlite3_value *held)
 {
     if (sqlite3_value_type(held) != SQLITE_FLOAT)

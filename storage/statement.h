@@ -60,6 +60,8 @@ public:
     [[nodiscard]] int errorCode() const { return m_errorCode; }
     [[nodiscard]] const QString &errorText() const { return m_errorText; }
 
+    /// The column of a name, of whatever columns the table has.
+    [[nodiscard]] std::optional<int> find(const char *name) const;
     [[nodiscard]] bool isNull(int column) const { return sqlite3_value_type(cell(column)) == SQLITE_NULL; }
     template <class Value>
     void read(int column, Value &value) const
