@@ -22,6 +22,7 @@ constexpr int busyTimeoutMs = 5000;
 constexpr int logTimeoutMs = 1000;
 
 constexpr const char *readAnything = "SELECT 1 FROM sqlite_master LIMIT 1";
+constexpr const char *closeLog = "PRAGMA journal_mode=DELETE";
 
 /// Removes a file, if it is there.
 bool removeOne(const QString &path)
@@ -121,7 +122,10 @@ void logUnavailable(const QString &reason, int systemError)
 void logUnavailable(sqlite3 *connection)
 {
     const auto *message = static_cast<const char16_t *>(sqlite3_errmsg16(connection));
-    logUnavailable(QString::fromUtf16(message), sqlite3_system_errno(connection));
+    // Other errors leave the number of an earlier one.
+    const int code = sqlite3_errcode(connection) & 0xff;
+    const bool isOfSystem = code == SQLITE_IOERR || code == SQLITE_CANTOPEN;
+    logUnavailable(QString::fromUtf16(message), isOfSystem ? sqlite3_system_errno(connection) : 0);
 }
 
 int execute(sqlite3 *connection, const char *statements)
@@ -142,11 +146,12 @@ bool useLog(sqlite3 *connection)
     if (execute(connection, readAnything) == SQLITE_OK)
         return true;
     // The file says now that it has a log, and the memory that a log needs beside it is not to be had: on some file
-    // systems there is none, and a disk may have been filled by the change. SQLite takes memory of its own for a file
-    // that it has for itself, which is enough to change it back.
+    // systems there is none, and a disk may have been filled by the change. For a file that it has for itself SQLite
+    // takes memory of its own, when it opens the log anew; with that it can change the file back.
     execute(connection, "PRAGMA locking_mode=EXCLUSIVE");
+    execute(connection, closeLog);
     execute(connection, readAnything);
-    execute(connection, "PRAGMA journal_mode=DELETE");
+    execute(connection, closeLog);
     execute(connection, "PRAGMA locking_mode=NORMAL");
     return execute(connection, readAnything) == SQLITE_OK;
 }
@@ -160,7 +165,7 @@ void putLogAway(sqlite3 *connection)
         return;
     // Another process that uses the file will do it when it exits.
     sqlite3_busy_timeout(connection, 0);
-    execute(connection, "PRAGMA journal_mode=DELETE");
+    execute(connection, closeLog);
 }
 
 } // namespace tarnelLib::controller::file
