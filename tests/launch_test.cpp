@@ -196,6 +196,7 @@ TEST_F(Launch, keepsTheFileWhereMemoryIsShort)
             for (const bool isLasting : {false, true})
                 expectKeptAtEach(each, isLasting, setting("TARNEL_STEP", 41), held);
         }
+        EXPECT_LT(counts[TARNEL_NOT_AVAILABLE] * 5, counts[TARNEL_DATABASE_UNAVAILABLE]) << "it mostly runs";
         printCounts(held.name);
     }
 }
