@@ -1,28 +1,36 @@
 #include "controller/controller.h"
 
+#include <QDebug>
+
+#include <new>
+
 namespace tarnelLib::controller {
 
 bool Controller::connectToDatabase(const QString &path)
 {
-    const auto repaired = [this](bool isRepaired, Result result) {
-        m_connectResult = isRepaired ? result : Result::DatabaseUnavailable;
-        return isRepaired;
+    try {
+        m_connectResult = connect(path);
+    } catch (const std::bad_alloc &) {
+        m_connectResult = Result::DatabaseUnavailable;
+        qDebug("No database: out of memory");
+    }
+    return m_connectResult != Result::DatabaseUnavailable;
+}
+
+Result Controller::connect(const QString &path)
+{
+    const auto repaired = [](bool isRepaired, Result result) {
+        return isRepaired ? result : Result::DatabaseUnavailable;
     };
-    const auto connect = [&] {
-        if (!m_database.isDatabaseFileExists(path))
-            return repaired(m_database.restoreDatabase(path), Result::DatabaseCreated);
-        if (!m_database.openDatabase(path))
-            return repaired(m_database.recreateDatabase(path), Result::DatabaseRecreatedOpenFailed);
-        if (!m_database.isDbVersionActual())
-            return repaired(m_database.recreateDatabase(path), Result::DatabaseRecreatedVersionMismatch);
-        if (!m_database.isTablesValid())
-            return repaired(m_database.recreateDatabase(path), Result::DatabaseRecreatedTablesInvalid);
-        return repaired(true, Result::Success);
-    };
-    const bool isConnected = connect();
-    if (isConnected)
-        m_database.openReaders();
-    return isConnected;
+    if (!m_database.isDatabaseFileExists(path))
+        return repaired(m_database.restoreDatabase(path), Result::DatabaseCreated);
+    if (!m_database.openDatabase(path))
+        return repaired(m_database.recreateDatabase(path), Result::DatabaseRecreatedOpenFailed);
+    if (!m_database.isDbVersionActual())
+        return repaired(m_database.recreateDatabase(path), Result::DatabaseRecreatedVersionMismatch);
+    if (!m_database.isTablesValid())
+        return repaired(m_database.recreateDatabase(path), Result::DatabaseRecreatedTablesInvalid);
+    return Result::Success;
 }
 
 Result Controller::checkParents(Connection &connection, Numbers parents)

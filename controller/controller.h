@@ -29,7 +29,7 @@ public:
     /// Brings what was written into the main file.
     void foldLog() { m_database.write()->foldLog(); }
     /// Lets the calls in progress end. Those that wait for a connection, or ask for one from now on, throw.
-    void close() { m_database.close(); }
+    void close() noexcept { m_database.close(); }
 
     template <class Record>
     [[nodiscard]] Result add(const std::vector<Record> &records)
@@ -107,6 +107,8 @@ public:
     [[nodiscard]] Result clearAllExceptEvents();
 
 private:
+    Result connect(const QString &path);
+
     static Result writeResult(bool isWritten) { return isWritten ? Result::Success : Result::WriteFailed; }
 
     template <class Record>

@@ -13,16 +13,16 @@ std::recursive_mutex logMutex;
 
 } // namespace
 
-bool Connection::openForReading(const char *path)
+int Connection::openForReading(const char *path)
 {
     // One call at a time has it, so that it needs no locks of its own.
     const int code = sqlite3_open_v2(path, &m_own, SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX, nullptr);
     if (code != SQLITE_OK)
-        return false;
+        return code;
     attach(m_own);
     configure();
     // With the schema read now, reads report what becomes of the tables later in the words of the other connections.
-    return sqlite3_exec(m_own, "SELECT 1 FROM sqlite_master", nullptr, nullptr, nullptr) == SQLITE_OK;
+    return sqlite3_exec(m_own, "SELECT 1 FROM sqlite_master", nullptr, nullptr, nullptr);
 }
 
 void Connection::configure()
@@ -53,7 +53,7 @@ bool Connection::isDone(Statement::Step step, const Statement &statement)
 
 bool Connection::fail(const Failure &failure)
 {
-    m_hasMetCircumstance = m_hasMetCircumstance || !failure.isOfContent();
+    m_hasMetCircumstance = m_hasMetCircumstance || !Failure::isOfContent(failure.code);
     const std::lock_guard lock(logMutex);
     for (const char *line : {m_kind, m_message}) {
         if (line == nullptr)

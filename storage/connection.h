@@ -19,8 +19,8 @@ public:
     Connection &operator=(const Connection &) = delete;
     ~Connection() { sqlite3_close_v2(m_own); }
 
-    /// Opens a connection of its own, which cannot write, to a file that another one holds open.
-    [[nodiscard]] bool openForReading(const char *path);
+    /// Opens a connection of its own, which cannot write, to a file that another one holds open; gives SQLite's code.
+    [[nodiscard]] int openForReading(const char *path);
 
     /// Carries out reads of which all see one state of the file.
     template <class Steps>

@@ -124,8 +124,8 @@ bool Database::getServerIp(Connection &reader, std::optional<Text> &address)
 {
     return reader.readFirst(reader.prepareText(getIp), "get ip error", [&](const Statement &row) {
         // The table is valid without the column, too.
-        if (const int column = row.columnNamed("SessionIp"); column >= 0)
-            address = row.readText(column);
+        if (const std::optional<int> column = row.find("SessionIp"))
+            address = row.readText(*column);
     });
 }
 

@@ -26,15 +26,14 @@ std::string selectEvents(sql::JoinKind deviceJoin)
     const auto &sections = TableModel<Section>::fields;
     const auto &zones = TableModel<Zone>::fields;
     sql::Selection selection = SelectionBuilder::of<Event>();
+    const auto table = [](std::string_view name) { return std::string(name); };
     selection.joins = {
-        {Schema<Device>::table, {}, equals(device, TableModel<Device>::column(&Device::id)), deviceJoin},
-        {Schema<Section>::table, {}, equals(device, sections[0]) + " AND " + equals(section, sections[1])},
-        {Schema<Zone>::table,
-         {},
-         equals(device, zones[0]) + " AND " + equals(section, zones[1]) + " AND " +
-             equals(columnOf(&Event::zoneId), zones[2])},
-        {Schema<User>::table, {}, equals(columnOf(&Event::userId), TableModel<User>::column(&User::id))},
-        {Schema<Domain>::table, {}, equals(columnOf(&User::domainId), TableModel<Domain>::column(&Domain::id))},
+        {table(Schema<Device>::table), equals(device, TableModel<Device>::column(&Device::id)), deviceJoin},
+        {table(Schema<Section>::table), equals(device, sections[0]) + " AND " + equals(section, sections[1])},
+        {table(Schema<Zone>::table), equals(device, zones[0]) + " AND " + equals(section, zones[1]) + " AND " +
+                                         equals(columnOf(&Event::zoneId), zones[2])},
+        {table(Schema<User>::table), equals(columnOf(&Event::userId), TableModel<User>::column(&User::id))},
+        {table(Schema<Domain>::table), equals(columnOf(&User::domainId), TableModel<Domain>::column(&Domain::id))},
     };
     return sql::select(selection);
 }

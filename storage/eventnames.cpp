@@ -21,7 +21,7 @@ std::vector<sql::Join> joinDomainOfUser()
 {
     const std::string condition =
         TableModel<User>::column(&User::domainId).column() + " = " + TableModel<Domain>::column(&Domain::id).column();
-    return {{Schema<Domain>::table, {}, condition}};
+    return {{std::string(Schema<Domain>::table), condition}};
 }
 
 } // namespace

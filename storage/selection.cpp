@@ -4,18 +4,21 @@
 
 namespace tarnelLib::controller {
 
-std::string SelectionBuilder::columnOf(const std::string &table, const ModelField &field)
+std::string SelectionBuilder::join(std::string_view table, std::span<const ModelField> fields,
+                                   const std::string &column, Zero zero)
 {
-    return table + "." + field.column();
-}
-
-std::string SelectionBuilder::join(std::string_view table, const ModelField &key, const std::string &column, Zero zero)
-{
-    const auto before = std::ranges::count(m_selection.joins, table, &sql::Join::table);
-    std::string name = std::string(table) + (before == 0 ? "" : std::to_string(before + 1));
+    std::vector<std::string> columns;
+    std::ranges::transform(fields, std::back_inserter(columns), &ModelField::column);
+    std::string suffix;
+    std::string joined(table);
+    const auto isJoined = [&](const sql::Join &join) { return join.table == table; };
+    if (std::ranges::any_of(m_selection.joins, isJoined)) {
+        suffix = "Again";
+        joined = sql::renamed(table, columns, suffix);
+    }
     const std::string condition = zero == Zero::IsNone ? " AND " + column + " <> 0" : "";
-    m_selection.joins.push_back({table, name, columnOf(name, key) + " = " + column + condition});
-    return name;
+    m_selection.joins.push_back({joined, columns.front() + suffix + " = " + column + condition});
+    return suffix;
 }
 
 } // namespace tarnelLib::controller

@@ -1,63 +1,35 @@
 #include "storage/sqlitedatabase.h"
 
 #include "storage/database.h"
+#include "storage/databasefile.h"
 
 #include <QDebug>
-#include <QFile>
 #include <QSqlDriver>
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QVariant>
 
-#include <fcntl.h>
-#include <sqlite3.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <array>
-
 namespace tarnelLib::controller {
 
 namespace {
 
-/// A long read must not hold up the short ones, which takes two; four threads that never rest read ...
+/// A long read must not hold up the short ones.
 constexpr int readerCount = 2;
 
-/// The files that SQLite keeps beside the main file. One that outlives its main file would be taken for the next one's.
-constexpr std::array sideFiles = {"-wal", "-shm", "-journal"};
-
-void removeSideFiles(const QString &path)
-{
-    for (const char *suffix : sideFiles)
-        QFile::remove(path + QLatin1String(suffix));
-}
-
-/// Makes the empty file, for its owner alone: it will hold phones and addresses. SQLite gives side files the same mode.
-/// The process's umask is not ours to change, and a link that leads nowhere is not ours to follow.
-bool createFile(const QString &path)
-{
-    removeSideFiles(path);
-    const int file = ::open(QFile::encodeName(path).constData(), O_CREAT | O_EXCL | O_NOFOLLOW | O_WRONLY | O_CLOEXEC,
-                            S_IRUSR | S_IWUSR);
-    if (file < 0)
-        return false;
-    const bool isOwned = ::fchmod(file, S_IRUSR | S_IWUSR) == 0;
-    ::close(file);
-    return isOwned;
-}
-
-/// The connection behind Qt's, if it is one of the SQLite library that this library is linked with.
+/// The connection behind Qt's; null if it is not one of the SQLite library that this library is linked with, or if the
+/// driver has no memory for the answer.
 sqlite3 *nativeConnection(const QSqlDatabase &database)
 {
     QSqlQuery query(database);
-    const bool isAnswered = query.exec(QStringLiteral("SELECT sqlite_source_id()")) && query.next();
-    if (!isAnswered || query.value(0).toString() != QLatin1String(sqlite3_sourceid())) {
-        qDebug("Qt's SQLite driver uses another SQLite library than this one");
+    if (!query.exec(QStringLiteral("SELECT sqlite_source_id()")) || !query.next()) {
+        file::logUnavailable(query.lastError().text(), 0);
         return nullptr;
     }
     const QVariant handle = database.driver()->handle();
-    if (qstrcmp(handle.typeName(), "sqlite3*") != 0)
+    if (query.value(0).toString() != QLatin1String(sqlite3_sourceid()) || qstrcmp(handle.typeName(), "sqlite3*") != 0) {
+        file::logUnavailable(QStringLiteral("Qt's SQLite driver uses another SQLite library than this one"), 0);
         return nullptr;
+    }
     return *static_cast<sqlite3 *const *>(handle.constData());
 }
 
@@ -79,33 +51,62 @@ SQLiteDatabase::~SQLiteDatabase()
 {
     // Before the writer, which takes the log away when it closes last.
     m_readers.clear();
+    if (m_writer.connection() != nullptr)
+        file::putLogAway(m_writer.connection());
     closeDatabase();
 }
 
 bool SQLiteDatabase::isDatabaseFileExists(const QString &path)
 {
-    return QFile::exists(path);
+    return !file::isMissing(path);
 }
 
 bool SQLiteDatabase::restoreDatabase(const QString &path)
 {
-    if (openDatabase(path))
-        return Database::createTables(m_writer);
-    qDebug("Unable to restore database");
-    return false;
+    auto abandon = qScopeGuard([&] { abandonDatabase(path); });
+    if (!openDatabase(path)) {
+        qDebug("Unable to restore database");
+        return false;
+    }
+    if (!Database::createTables(m_writer))
+        return false;
+    abandon.dismiss();
+    openReaders();
+    return true;
 }
 
 bool SQLiteDatabase::openDatabase(const QString &path)
 {
-    if (!QFile::exists(path) && !createFile(path))
+    // Until it is opened, nothing is known of it.
+    m_isContentUnknown = true;
+    auto abandon = qScopeGuard([&] { abandonDatabase(path); });
+    if (!QSqlDatabase::isDriverAvailable(QStringLiteral("QSQLITE"))) {
+        file::logUnavailable(QStringLiteral("Qt has no driver for SQLite, QSQLITE"), 0);
         return false;
+    }
+    if (file::isMissing(path)) {
+        if (!file::make(path))
+            return false;
+        m_isFileNew = true;
+    }
     // A connection of an earlier launch is still registered under the name.
     if (QSqlDatabase::contains(m_name))
         QSqlDatabase::removeDatabase(m_name);
     m_database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_name);
     m_name = path;
     m_database.setDatabaseName(path);
-    return m_database.open() && useConnection();
+    if (!m_database.open()) {
+        const int systemError = file::openingError(path);
+        m_isContentUnknown = !file::isUnopenable(path, systemError);
+        if (m_isContentUnknown)
+            file::logUnavailable(m_database.lastError().databaseText(), systemError);
+        return false;
+    }
+    if (!useConnection())
+        return false;
+    m_isContentUnknown = false;
+    abandon.dismiss();
+    return true;
 }
 
 bool SQLiteDatabase::useConnection()
@@ -113,30 +114,87 @@ bool SQLiteDatabase::useConnection()
     sqlite3 *const connection = nativeConnection(m_database);
     if (connection == nullptr)
         return false;
-    // Waits for a lock once; each of the statements below would wait for it again.
-    const int code = sqlite3_exec(connection, "SELECT 1 FROM sqlite_master LIMIT 1", nullptr, nullptr, nullptr);
-    if (code != SQLITE_OK && !Failure{code, {}}.isOfContent()) {
-        m_isContentUnknown = true;
+    // Waits for a lock once; each of the statements that follow would wait for it again. A file that is no database
+    // fails at its first read, not here.
+    const int code = file::execute(connection, "SELECT 1 FROM sqlite_master LIMIT 1");
+    if ((code != SQLITE_OK && !Failure::isOfContent(code)) || (m_isFileNew && !file::useLog(connection))) {
+        file::logUnavailable(connection);
         return false;
     }
-    // Where the file system has no shared memory, the file keeps the rollback journal, as safe and slower; and a file
-    // that is no database fails at its first read, not here.
-    sqlite3_exec(connection, "PRAGMA journal_mode=WAL", nullptr, nullptr, nullptr);
     m_writer.attach(connection, [this] { Q_EMIT logGrew(); });
     return true;
 }
 
-void SQLiteDatabase::openReaders()
+bool SQLiteDatabase::isDbVersionActual()
+{
+    return Database::isDbVersionActual(m_writer);
+}
+
+bool SQLiteDatabase::isTablesValid()
+{
+    if (!Database::isTablesValid(m_writer))
+        return false;
+    // Not before: a file that cannot be used now is left as it is.
+    const bool hasLog = file::useLog(m_writer.connection());
+    if (!hasLog)
+        file::logUnavailable(m_writer.connection());
+    m_isContentUnknown = !hasLog || !openReaders();
+    return !m_isContentUnknown;
+}
+
+bool SQLiteDatabase::recreateDatabase(const QString &path)
+{
+    if (m_isContentUnknown || m_writer.hasMetCircumstance()) {
+        closeDatabase();
+        return false;
+    }
+    if (!removeDb() || !openDatabase(path))
+        return false;
+    openReaders();
+    return true;
+}
+
+bool SQLiteDatabase::removeDb()
+{
+    closeDatabase();
+    m_database = QSqlDatabase();
+    QSqlDatabase::removeDatabase(m_name);
+    return file::remove(m_name);
+}
+
+void SQLiteDatabase::closeDatabase()
+{
+    m_writer.detach();
+    m_database.close();
+}
+
+/// Leaves no file behind that was not there before: the next launch would take an empty one for a spoiled one.
+void SQLiteDatabase::abandonDatabase(const QString &path)
+{
+    closeDatabase();
+    if (std::exchange(m_isFileNew, false) && !file::remove(path))
+        qDebug("An empty file is left behind");
+}
+
+bool SQLiteDatabase::openReaders()
 {
     sqlite3 *const connection = m_writer.connection();
-    if (connection == nullptr || !isLogWrittenAhead(connection))
-        return;
+    if (!isLogWrittenAhead(connection))
+        return true;
     for (int i = 0; i < readerCount; ++i) {
         auto reader = std::make_unique<Connection>();
-        if (reader->openForReading(sqlite3_db_filename(connection, nullptr)))
+        const int code = reader->openForReading(sqlite3_db_filename(connection, nullptr));
+        const bool isWithoutMeans = code == SQLITE_NOMEM || (code & 0xff) == SQLITE_CANTOPEN;
+        if (code == SQLITE_OK) {
             m_readers.push_back(std::move(reader));
+        } else if (!isWithoutMeans) {
+            file::logUnavailable(reader->connection());
+            m_readers.clear();
+            return false;
+        }
     }
     m_readerTurns.open(m_readers.size());
+    return true;
 }
 
 Turn<WriteConnection> SQLiteDatabase::write()
@@ -152,47 +210,10 @@ Turn<Connection> SQLiteDatabase::read()
     return {m_readerTurns, number, *m_readers[number]};
 }
 
-void SQLiteDatabase::close()
+void SQLiteDatabase::close() noexcept
 {
     m_writerTurns.close();
     m_readerTurns.close();
-}
-
-bool SQLiteDatabase::recreateDatabase(const QString &path)
-{
-    if (m_isContentUnknown || m_writer.hasMetCircumstance()) {
-        closeDatabase();
-        qDebug("Unable to recreate database: it is in use");
-        return false;
-    }
-    return removeDb() && openDatabase(path);
-}
-
-bool SQLiteDatabase::removeDb()
-{
-    closeDatabase();
-    m_database = QSqlDatabase();
-    QSqlDatabase::removeDatabase(m_name);
-    if (!QFile::remove(m_name))
-        return false;
-    removeSideFiles(m_name);
-    return true;
-}
-
-void SQLiteDatabase::closeDatabase()
-{
-    m_writer.detach();
-    m_database.close();
-}
-
-bool SQLiteDatabase::isDbVersionActual()
-{
-    return Database::isDbVersionActual(m_writer);
-}
-
-bool SQLiteDatabase::isTablesValid()
-{
-    return Database::isTablesValid(m_writer);
 }
 
 } // namespace tarnelLib::controller

@@ -33,9 +33,6 @@ public:
     [[nodiscard]] bool recreateDatabase(const QString &path);
     [[nodiscard]] bool isDbVersionActual();
     [[nodiscard]] bool isTablesValid();
-    /// Opens the connections that read. Without them reads wait for their turn with the writes.
-    void openReaders();
-
     // The calls.
 
     /// A turn at the connection that writes, for every call that may write.
@@ -43,14 +40,18 @@ public:
     /// A turn at a connection for a call that only reads.
     [[nodiscard]] Turn<Connection> read();
     /// Lets the calls that have a turn end, and throws `Turns::Closed` at all others.
-    void close();
+    void close() noexcept;
 
     /// Something was written and is not yet in the main file; not repeated until the log is folded.
     Q_SIGNAL void logGrew();
 
 private:
     bool useConnection();
+    /// Opens the connections that read; without them reads wait for their turn with the writes. False if the disk
+    /// fails.
+    bool openReaders();
     void closeDatabase();
+    void abandonDatabase(const QString &path);
     bool removeDb();
 
     QString m_name;
@@ -59,6 +60,7 @@ private:
     Turns m_writerTurns;
     std::vector<std::unique_ptr<Connection>> m_readers;
     Turns m_readerTurns;
+    bool m_isFileNew = false;        ///< This launch has made it.
     bool m_isContentUnknown = false; ///< A failure said nothing about the file, which must not be judged by it.
 };
 

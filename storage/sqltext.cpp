@@ -86,9 +86,17 @@ std::string select(const Selection &selection)
     const std::string columns = list(selection.columns, [](const std::string &column) { return column; });
     std::string text = concatenated({"SELECT ", columns, " FROM ", selection.table});
     for (const Join &join : selection.joins)
-        text += concatenated({join.kind == JoinKind::Left ? " LEFT JOIN " : " INNER JOIN ", join.table, " ", join.name,
-                              " ON ", join.condition});
+        text += concatenated(
+            {join.kind == JoinKind::Left ? " LEFT JOIN " : " INNER JOIN ", join.table, " ON ", join.condition});
     return text;
+}
+
+std::string renamed(std::string_view table, const std::vector<std::string> &columns, std::string_view suffix)
+{
+    const std::string renamings = list(columns, [&](const std::string &column) {
+        return concatenated({column, " AS ", column, suffix});
+    });
+    return concatenated({"(SELECT ", renamings, " FROM ", table, ")"});
 }
 
 std::string deleteFrom(std::string_view table)

@@ -23,10 +23,9 @@ struct Table {
 /// Whether a row without a partner in the joined table is read.
 enum class JoinKind { Left, Inner };
 
-/// A table that a select joins under a name, with the condition.
+/// A table that a select joins, with the condition.
 struct Join {
-    std::string_view table;
-    std::string name; ///< Empty for the table's own.
+    std::string table;
     std::string condition;
     JoinKind kind = JoinKind::Left;
 };
@@ -49,6 +48,10 @@ std::string insertOrReplace(const Table &table, std::size_t rows);
 std::string upsert(const Table &table);
 
 std::string select(const Selection &selection);
+
+/// A table for a select that joins it a second time: its columns have names of their own, with a suffix.
+std::string renamed(std::string_view table, const std::vector<std::string> &columns, std::string_view suffix);
+
 std::string deleteFrom(std::string_view table);
 
 /// The condition that each of the columns equals a placeholder, to be appended to a statement that has none.

@@ -21,7 +21,7 @@ Failure Failure::of(sqlite3 *connection, int code, const char *attempt)
             QString::fromUtf16(message) + QLatin1Char(' ') + QCoreApplication::translate("QSQLiteResult", attempt)};
 }
 
-bool Failure::isOfContent() const
+bool Failure::isOfContent(int code)
 {
     switch (code & 0xff) {
     case SQLITE_ERROR: // A table or a column that is not there.
@@ -104,12 +104,16 @@ Statement::Step Statement::step()
     return Step::Failed;
 }
 
-int Statement::columnNamed(std::string_view name) const
+std::optional<int> Statement::find(const char *name) const
 {
-    int column = sqlite3_column_count(m_handle) - 1;
-    while (column >= 0 && name != sqlite3_column_name(m_handle, column))
-        --column;
-    return column;
+    for (int column = 0; column < sqlite3_column_count(m_handle); ++column) {
+        const char *found = sqlite3_column_name(m_handle, column);
+        if (found == nullptr)
+            throw std::bad_alloc();
+        if (sqlite3_stricmp(found, name) == 0)
+            return column;
+    }
+    return std::nullopt;
 }
 
 quint64 Statement::toUnsigned(sqlite3_value *held)

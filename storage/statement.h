@@ -25,7 +25,7 @@ struct Failure {
     static Failure of(sqlite3 *connection, int code, const char *attempt);
 
     /// True if the content of the file is the reason. Every other failure says nothing about the file.
-    [[nodiscard]] bool isOfContent() const;
+    static bool isOfContent(int code);
 };
 
 /// One prepared statement of the connection: bound by position, stepped through, and used again.
@@ -102,8 +102,8 @@ public:
         return isNull(column) ? std::nullopt : std::optional(toText(cell(column)));
     }
 
-    /// The position of a column of the result; -1 if there is none of the name.
-    [[nodiscard]] int columnNamed(std::string_view name) const;
+    /// The column of a name, of whatever columns the table has.
+    [[nodiscard]] std::optional<int> find(const char *name) const;
 
     /// Ends a use of the statement: closes its cursor, which is a lock on the file, and lets go of what was bound.
     void reset();

@@ -1,7 +1,5 @@
 #include "storage/turns.h"
 
-#include <utility>
-
 namespace tarnelLib::controller {
 
 void Turns::open(std::size_t connections)
@@ -43,12 +41,13 @@ void Turns::giveBack(std::size_t connection) noexcept
     next.isServed.notify_one();
 }
 
-void Turns::close()
+void Turns::close() noexcept
 {
     const std::lock_guard lock(m_mutex);
     m_isClosed = true;
-    for (Waiter *waiter : std::exchange(m_waiters, {}))
+    for (Waiter *waiter : m_waiters)
         waiter->isServed.notify_one();
+    m_waiters.clear();
 }
 
 } // namespace tarnelLib::controller

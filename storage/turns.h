@@ -25,7 +25,7 @@ public:
     void giveBack(std::size_t connection) noexcept;
 
     /// Sends away the calls that wait, and those that ask from now on.
-    void close();
+    void close() noexcept;
 
 private:
     struct Waiter {

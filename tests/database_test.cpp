@@ -11,6 +11,7 @@
 #include <atomic>
 #include <csignal>
 #include <fstream>
+#include <optional>
 #include <set>
 #include <sstream>
 
@@ -130,6 +131,56 @@ TEST_F(Database, withoutOneOfItsTablesIsMadeAnew)
         fs::remove("CacheDb");
         EXPECT_EQ(launch(), 100U);
     }
+}
+
+TEST_F(Database, needsNoMoreOfItsTablesThanIsRead)
+{
+    launch([] { EXPECT_EQ(call("setServerIp", {"10.0.0.1"}), "0"); });
+    const std::pair<const char *, const char *> findings[] = {
+        {"ALTER TABLE Session ADD COLUMN SessionPort", "0 10.0.0.1"},
+        {"DROP TABLE Session; CREATE TABLE Session (SessionIp, SessionId);"
+         "INSERT INTO Session VALUES ('10.0.0.2', 0)",
+         "0 10.0.0.2"},
+        {"ALTER TABLE Session DROP COLUMN SessionIp", "0 -"},
+        {"DROP TABLE DeviceUserSectionLinks; CREATE TABLE DeviceUserSectionLinks"
+         "(DeviceUserSectionLinksDeviceId, DeviceUserSectionLinksDeviceUserId)",
+         "0 -"},
+    };
+    for (const auto &[change, address] : findings) {
+        ask(change);
+        EXPECT_EQ(launch([address = address] { EXPECT_EQ(call("getServerIp"), address); }), 0U) << change;
+    }
+}
+
+/// What SQLite would put away with it has the names of another file's.
+TEST_F(Database, thatWasMovedLeavesTheFileInItsPlaceAlone)
+{
+    launch([] {
+        addUser(1);
+        ASSERT_EQ(std::system("mkdir old && mv CacheDb* old"), 0);
+        const pid_t process = ::fork();
+        if (process == 0) {
+            static Connection other("CacheDb", SQLITE_OPEN_CREATE);
+            other.ask("PRAGMA journal_mode=WAL; CREATE TABLE Other (Id); INSERT INTO Other VALUES (7)");
+            ::_exit(0);
+        }
+        ::waitpid(process, nullptr, 0);
+    });
+    EXPECT_EQ(ask("SELECT Id FROM Other"), "7\n");
+    EXPECT_EQ(ask("SELECT UsersId FROM Users", "old/CacheDb"), "1\n");
+}
+
+TEST_F(Database, leavesTheLogToAnotherProcessThatUsesIt)
+{
+    std::optional<Connection> foreign;
+    std::chrono::steady_clock::time_point begin;
+    launch([&] {
+        addUser(1);
+        foreign.emplace().ask("BEGIN; SELECT * FROM Users");
+        begin = std::chrono::steady_clock::now();
+    });
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, 1s) << "nobody waits for it";
+    EXPECT_EQ(foreign->ask("SELECT UsersId FROM Users; COMMIT; PRAGMA journal_mode"), "1\nwal\n");
 }
 
 TEST_F(Database, lockedOneIsNeverDeleted)

@@ -12,9 +12,9 @@ namespace client {
 class Connection
 {
 public:
-    explicit Connection(const char *path = "CacheDb")
+    explicit Connection(const char *path = "CacheDb", int flags = 0)
     {
-        if (sqlite3_open_v2(path, &m_connection, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK)
+        if (sqlite3_open_v2(path, &m_connection, SQLITE_OPEN_READWRITE | flags, nullptr) != SQLITE_OK)
             throw std::runtime_error(path);
     }
     Connection(const Connection &) = delete;

@@ -1,0 +1,198 @@
+#include "faults/faultvfs.h"
+
+#include <sqlite3.h>
+
+#include <cerrno>
+#include <mutex>
+#include <new>
+#include <utility>
+
+namespace faults {
+
+namespace {
+
+struct Plan {
+    unsigned int operations = 0;
+    Failure failure = Failure::InputOutput;
+    Faults faults;
+    int failed = 0;
+};
+
+std::mutex mutex;
+Plan plan;
+
+int systemError(Failure failure)
+{
+    switch (failure) {
+    case Failure::InputOutput:
+        return EIO;
+    case Failure::DiskFull:
+        return ENOSPC;
+    case Failure::NoDescriptor:
+        return EMFILE;
+    case Failure::NoPermission:
+        return EACCES;
+    case Failure::Locked:
+        return EAGAIN;
+    }
+    return 0;
+}
+
+/// The code that SQLite's own file system gives.
+int codeOf(Operation operation, Failure failure)
+{
+    switch (operation) {
+    case Open:
+        return SQLITE_CANTOPEN;
+    case Look:
+        return SQLITE_IOERR_ACCESS;
+    case Read:
+        return SQLITE_IOERR_READ;
+    case Write:
+        return failure == Failure::DiskFull ? SQLITE_FULL : SQLITE_IOERR_WRITE;
+    case Sync:
+        return SQLITE_IOERR_FSYNC;
+    case Truncate:
+        return SQLITE_IOERR_TRUNCATE;
+    case Delete:
+        return SQLITE_IOERR_DELETE;
+    case Lock:
+        return failure == Failure::Locked ? SQLITE_BUSY : SQLITE_IOERR_LOCK;
+    case SharedMemory:
+        if (failure == Failure::InputOutput)
+            return SQLITE_IOERR_SHMMAP;
+        return failure == Failure::DiskFull ? SQLITE_IOERR_SHMSIZE : SQLITE_CANTOPEN;
+    }
+    return SQLITE_OK;
+}
+
+/// SQLITE_OK for an operation that is to be carried out.
+int refusal(unsigned int operation)
+{
+    const std::lock_guard lock(mutex);
+    if ((plan.operations & operation) == 0 || !plan.faults.failsNow())
+        return SQLITE_OK;
+    ++plan.failed;
+    errno = systemError(plan.failure);
+    return codeOf(static_cast<Operation>(operation), plan.failure);
+}
+
+/// An open file; that of the real file system lies right behind it.
+struct File : sqlite3_file {
+    [[nodiscard]] sqlite3_file *real() { return reinterpret_cast<sqlite3_file *>(this + 1); }
+};
+
+sqlite3_file *realOf(sqlite3_file *file)
+{
+    return static_cast<File *>(file)->real();
+}
+
+constexpr unsigned int none = 0;
+
+/// A method of an open file, which is an operation that can fail, or none.
+template <unsigned int operation, auto method, class... Parameters>
+int carryOut(sqlite3_file *file, Parameters... parameters)
+{
+    if (const int code = refusal(operation); code != SQLITE_OK)
+        return code;
+    sqlite3_file *const real = realOf(file);
+    return (real->pMethods->*method)(real, parameters...);
+}
+
+int mapSharedMemory(sqlite3_file *file, int page, int size, int extend, void volatile **memory)
+{
+    *memory = nullptr;
+    return carryOut<SharedMemory, &sqlite3_io_methods::xShmMap>(file, page, size, extend, memory);
+}
+
+/// What was locked can always be unlocked.
+int lockSharedMemory(sqlite3_file *file, int offset, int count, int flags)
+{
+    if ((flags & SQLITE_SHM_UNLOCK) != 0)
+        return carryOut<none, &sqlite3_io_methods::xShmLock>(file, offset, count, flags);
+    return carryOut<Lock, &sqlite3_io_methods::xShmLock>(file, offset, count, flags);
+}
+
+const sqlite3_io_methods methods = {
+    .iVersion = 2,
+    .xClose = carryOut<none, &sqlite3_io_methods::xClose>,
+    .xRead = carryOut<Read, &sqlite3_io_methods::xRead>,
+    .xWrite = carryOut<Write, &sqlite3_io_methods::xWrite>,
+    .xTruncate = carryOut<Truncate, &sqlite3_io_methods::xTruncate>,
+    .xSync = [](sqlite3_file *, int) { return refusal(Sync); },
+    .xFileSize = carryOut<Look, &sqlite3_io_methods::xFileSize>,
+    .xLock = carryOut<Lock, &sqlite3_io_methods::xLock>,
+    .xUnlock = carryOut<none, &sqlite3_io_methods::xUnlock>,
+    .xCheckReservedLock = carryOut<Lock, &sqlite3_io_methods::xCheckReservedLock>,
+    .xFileControl = carryOut<none, &sqlite3_io_methods::xFileControl>,
+    .xSectorSize = carryOut<none, &sqlite3_io_methods::xSectorSize>,
+    .xDeviceCharacteristics = carryOut<none, &sqlite3_io_methods::xDeviceCharacteristics>,
+    .xShmMap = mapSharedMemory,
+    .xShmLock = lockSharedMemory,
+    .xShmBarrier = [](sqlite3_file *file) { realOf(file)->pMethods->xShmBarrier(realOf(file)); },
+    .xShmUnmap = carryOut<none, &sqlite3_io_methods::xShmUnmap>,
+    .xFetch = nullptr,
+    .xUnfetch = nullptr,
+};
+
+sqlite3_vfs *realVfs = nullptr;
+
+int open(sqlite3_vfs *, const char *name, sqlite3_file *memory, int flags, int *outFlags)
+{
+    auto *const file = ::new (memory) File();
+    file->pMethods = nullptr;
+    file->real()->pMethods = nullptr;
+    int code = refusal(Open);
+    if (code == SQLITE_OK)
+        code = realVfs->xOpen(realVfs, name, file->real(), flags, outFlags);
+    if (file->real()->pMethods != nullptr)
+        file->pMethods = &methods;
+    return code;
+}
+
+int remove(sqlite3_vfs *, const char *name, int syncDirectory)
+{
+    const int code = refusal(Delete);
+    return code != SQLITE_OK ? code : realVfs->xDelete(realVfs, name, syncDirectory);
+}
+
+int look(sqlite3_vfs *, const char *name, int flags, int *result)
+{
+    const int code = refusal(Look);
+    return code != SQLITE_OK ? code : realVfs->xAccess(realVfs, name, flags, result);
+}
+
+} // namespace
+
+void useFaultVfs()
+{
+    realVfs = sqlite3_vfs_find(nullptr);
+    static sqlite3_vfs vfs = *realVfs;
+    vfs.zName = "faults";
+    vfs.szOsFile += static_cast<int>(sizeof(File));
+    vfs.xOpen = open;
+    vfs.xDelete = remove;
+    vfs.xAccess = look;
+    vfs.xSleep = [](sqlite3_vfs *, int microseconds) { return microseconds; };
+    sqlite3_vfs_register(&vfs, 1);
+}
+
+void failOperations(unsigned int operations, Failure failure, Faults faults)
+{
+    const std::lock_guard lock(mutex);
+    plan = {operations, failure, faults, 0};
+}
+
+int failedOperations()
+{
+    const std::lock_guard lock(mutex);
+    return plan.failed;
+}
+
+int endFailures()
+{
+    const std::lock_guard lock(mutex);
+    return std::exchange(plan, {}).failed;
+}
+
+} // namespace faults

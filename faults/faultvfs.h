@@ -1,0 +1,36 @@
+#pragma once
+
+#include "faults/faults.h"
+
+/// A file system for SQLite that carries everything out on the real one, and fails where it is told to.
+namespace faults {
+
+/// What SQLite asks of a file system; the values are combined with "|".
+enum Operation : unsigned int {
+    Open = 1,
+    Look = 2, ///< Whether a file is there, and how long it is.
+    Read = 4,
+    Write = 8,
+    Sync = 16,
+    Truncate = 32,
+    Delete = 64,
+    Lock = 128,
+    SharedMemory = 256,
+};
+
+enum class Failure { InputOutput, DiskFull, NoDescriptor, NoPermission, Locked };
+
+/// Makes it the process's default, also for connections that others open. Waiting for a lock takes no time in it, and
+/// nothing is flushed.
+void useFaultVfs();
+
+/// From now on such operations of all threads fail as the faults say.
+void failOperations(unsigned int operations, Failure failure, Faults faults);
+
+/// How many operations have failed since.
+int failedOperations();
+
+/// Ends it; gives how many have failed.
+int endFailures();
+
+} // namespace faults

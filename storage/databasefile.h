@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QString>
+
+#include <sqlite3.h>
+
+/// The database file as a thing on a disk: made, judged, removed, and kept with or without a log. Nothing here may open
+/// it while a connection of this process lives: closing it again would drop that connection's locks.
+namespace tarnelLib::controller::file {
+
+/// Whether there is certainly no file. One that cannot be looked at may well be there.
+[[nodiscard]] bool isMissing(const QString &path);
+
+/// Makes the empty file, where there is none; a failure has logged the reason and leaves nothing behind.
+[[nodiscard]] bool make(const QString &path);
+
+/// Removes the file and what SQLite keeps beside it; a failure has logged the reason.
+[[nodiscard]] bool remove(const QString &path);
+
+/// The system's error number for a file that Qt's driver could not open; 0 if there is none, or if it opens by now.
+[[nodiscard]] int openingError(const QString &path);
+
+/// Whether a file that could not be opened, with the system's error number, never can be as it is: its own mode forbids
+/// reading it, or it is a socket.
+[[nodiscard]] bool isUnopenable(const QString &path, int systemError);
+
+/// Logs why there is no database to work with; the system's error number may be 0.
+void logUnavailable(const QString &reason, int systemError);
+/// The same, with the connection's last error.
+void logUnavailable(sqlite3 *connection);
+
+/// Runs statements whose rows are of no interest; gives the result code.
+int execute(sqlite3 *connection, const char *statements);
+
+/// Lets writes go to a log beside the file, or leaves the file as it is where that cannot be; false if it cannot be
+/// read afterwards.
+[[nodiscard]] bool useLog(sqlite3 *connection);
+
+/// Makes the file complete in itself, so that it can be read anywhere and without anything made beside it. Not where
+/// another connection uses the log.
+void putLogAway(sqlite3 *connection);
+
+} // namespace tarnelLib::controller::file

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+/// What a launch may find in its directory.
+namespace client {
+
+using Files = std::map<std::string, std::string>; ///< Their contents, by name.
+
+Files filesHere();
+
+struct Held {
+    std::string name;
+    Files files;
+    std::string users = "8";  ///< As `getUsers` gives them.
+    std::string content = {}; ///< All that the file holds.
+
+    [[nodiscard]] bool isNothing() const { return files.empty(); }
+    [[nodiscard]] bool isClean() const { return name == "a file that was left cleanly"; }
+
+    /// Puts the files into the current directory, in place of all others.
+    void lay() const;
+};
+
+/// Nothing, and the same records as a clean exit, a kill, other programs and a power cut leave them.
+const std::vector<Held> &allHeld();
+
+/// Does something in a child process, which ends without cleaning up, as if it were killed.
+void inChild(const std::function<void()> &work);
+
+} // namespace client
