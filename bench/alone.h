@@ -8,8 +8,8 @@ namespace bench {
 /// What a workload costs one side that has a process of its own.
 struct Cost {
     double seconds = 0;       ///< The median of the calls after the first.
-    std::size_t bytes = 0;    ///< What the process takes at its peak during the first call, above what it had before.
-    double faults = 0;        ///< How many pages the system gives to each call after the first.
+    std::size_t bytes = 0;    ///< What a call takes at its peak, above what the process had before.
+    double faults = 0;        ///< How many pages the system gives to each further call.
     std::uint64_t digest = 0; ///< Of the answers of the first call.
 };
 
