@@ -35,8 +35,11 @@
  *   outputs stay as they were.
  *
  * Threads
- *   Any function may be called from any thread; calls that touch the records are carried out one after another.
- *   `getState` and `getLaunchCacheResult` never wait for them. The free functions take no lock at all.
+ *   Any function may be called from any thread. The get functions run beside each other and beside whatever writes:
+ * each sees the records as they are when it begins, with all that calls have stored which have returned by then. Calls
+ *   that write are carried out one after another, in the order in which they ask. `getState`, `getLaunchCacheResult`
+ *   and the free functions never wait for any of them. An exit waits for the calls in progress; those that wait for
+ *   their turn return TARNEL_NOT_AVAILABLE.
  *   In the child of a `fork` a cache inherited from the parent is not available.
  *
  * Codes
@@ -142,10 +145,10 @@ typedef struct Contractor {
     unsigned int id;              /**< "id": number. */
     unsigned short *inn;          /**< "inn": string; the taxpayer number. */
     unsigned int *orgId;          /**< "org_id": number; the related organization's identifier. */
-    unsigned int *type;           /**< "type": number. */
-    unsigned short *officialName; /**< "off_name": string. */
-    unsigned short *name;         /**< "name": string. */
-    unsigned short *extra;        /**< "extra": string. */
+    unsigned int *type;           /**< "type": number; a code. */
+    unsigned short *officialName; /**< "off_name": string; the full name. */
+    unsigned short *name;         /**< "name": string; the short name. */
+    unsigned short *extra;        /**< "extra": string; additional text. */
 } Contractor;
 
 /** A service agreement. */
@@ -154,10 +157,10 @@ typedef struct Contract {
     unsigned short *number;      /**< "number": string. */
     Contractor *contractor;      /**< "contractor_id": number. Null while that contractor is not in the cache. */
     unsigned short *name;        /**< "c_name": string. */
-    unsigned int *status;        /**< "status": number. */
-    unsigned int *date;          /**< "date": number. */
+    unsigned int *status;        /**< "status": number; a code. */
+    unsigned int *date;          /**< "date": number, of a unit that the client chooses. */
     unsigned short *description; /**< "description": string. */
-    unsigned short *extra;       /**< "extra": string. */
+    unsigned short *extra;       /**< "extra": string; additional text. */
     User *user;                  /**< "operator_id": number. Null while that user is not in the cache. */
 } Contract;
 
@@ -206,9 +209,9 @@ typedef struct DeviceUser {
 /** An alarm device with all that is programmed into it. */
 typedef struct Device {
     unsigned int id;             /**< "id": number. */
-    unsigned int *account;       /**< "account": number. */
+    unsigned int *account;       /**< "account": number; the account number. */
     Domain *domain;              /**< The domain of `domainId`, if it is in the cache; never part of a request. */
-    unsigned int *configVersion; /**< "config_version": number. */
+    unsigned int *configVersion; /**< "config_version": number; of the configuration (firmware). */
     Section *sections;           /**< "sections": array of sections. */
     unsigned int sectionsCount;
     DeviceUser *deviceUsers; /**< "users": array of device users. */
@@ -230,13 +233,13 @@ typedef struct Site {
     unsigned int id;         /**< "id": number. */
     unsigned short *name;    /**< "name": string. */
     unsigned short *comment; /**< "comment": string. */
-    unsigned short *extra;   /**< "extra": string. */
+    unsigned short *extra;   /**< "extra": string; additional text. */
     bool *isCrossing;        /**< "is_crossing": number, 1 for set. */
     Domain *domain;          /**< The domain of `domainId`, if it is in the cache; never part of a request. */
     unsigned short *address; /**< "address_text": string. */
     Contract *contract;      /**< The contract of `contractId`, if it is in the cache; never part of a request. */
-    int *contractStatus;     /**< "contract_status": whole number within 32 bits; any other is stored as 0. */
-    unsigned int *type;      /**< "type": number. */
+    int *contractStatus;     /**< "contract_status": a code; a whole number within 32 bits, any other is stored as 0. */
+    unsigned int *type;      /**< "type": number; a code, as are the next two. */
     unsigned int *category;  /**< "category": number. */
     unsigned int *armMode;   /**< "arm_mode": number. */
     bool *isDelegated;       /**< "delegated": number, 1 for set. */
@@ -250,24 +253,24 @@ typedef struct Site {
 
 /** An entry of the alarm and monitoring history. */
 typedef struct Event {
-    unsigned int id;             /**< "id": number. */
-    unsigned int *time;          /**< "time": number, of a unit that the client chooses. */
-    int *deviceId;               /**< "device": whole number within 32 bits; any other is stored as 0. */
-    unsigned int *sectionId;     /**< "section": number. */
-    unsigned int *zoneId;        /**< "zone": number. */
-    unsigned char *active;       /**< "active": number, of which the low 8 bits are stored; so with the next three. */
-    unsigned char *eventClass;   /**< "class": number. */
-    unsigned char *detector;     /**< "detector": number. */
-    unsigned char *reason;       /**< "reason": number. */
-    unsigned int *localTime;     /**< "localtime": number; the time in the device's own reckoning. */
-    int *channel;                /**< "channel": whole number within 32 bits; any other is stored as 0. */
-    unsigned short *data;        /**< "data": string. */
-    unsigned int *reviewId;      /**< "review_id": number. */
-    unsigned char *reviewState;  /**< "review_state": number, of which the low 8 bits are stored. */
-    unsigned int *userId;        /**< "operator_id": number. */
+    unsigned int id;    /**< "id": number. */
+    unsigned int *time; /**< "time": number, of a unit that the client chooses. */
+    int *deviceId; /**< "device": whole number within 32 bits; any other is stored as 0. The device that reported it. */
+    unsigned int *sectionId; /**< "section": number; a section of that device. */
+    unsigned int *zoneId;    /**< "zone": number; a zone of that section. */
+    unsigned char *active;   /**< "active": number; a code, of which the low 8 bits are stored, as of the next three. */
+    unsigned char *eventClass; /**< "class": number. */
+    unsigned char *detector;   /**< "detector": number; the type of the detector. */
+    unsigned char *reason;     /**< "reason": number. */
+    unsigned int *localTime;   /**< "localtime": number; the time in the device's own reckoning. */
+    int *channel; /**< "channel": whole number within 32 bits; any other is stored as 0. The way by which it came. */
+    unsigned short *data;        /**< "data": string; free text. */
+    unsigned int *reviewId;      /**< "review_id": number; the identifier of the review. */
+    unsigned char *reviewState;  /**< "review_state": number; a code, of which the low 8 bits are stored. */
+    unsigned int *userId;        /**< "operator_id": number; the user who handled it. */
     bool *isClosed;              /**< "is_closed": number, 1 for closed. */
     bool *affect;                /**< "affect": number, 1 for an event that must outlive the pruning of the history. */
-    unsigned short *jData;       /**< "jdata": string, kept as it is. */
+    unsigned short *jData;       /**< "jdata": string; further data, kept as the server sent it. */
     unsigned int *deviceAccount; /**< The account of the device; this and the next three are never part of a request. */
     unsigned short *sectionName; /**< The name of the section. */
     unsigned short *zoneName;    /**< The name of the zone. */
@@ -295,7 +298,7 @@ typedef struct Event {
 TARNEL_EXPORT void launchCache(void);
 
 /**
- * Ends the cache: waits for the call in progress, closes the database and lets `launchCache` return.
+ * Ends the cache: waits for the calls in progress, closes the database and lets `launchCache` return.
  *
  * It may be called at any moment after `launchCache` was entered, and does nothing when no cache was launched.
  * `launchCache` returns soon after this function, not before it.
