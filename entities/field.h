@@ -124,6 +124,9 @@ Borrowed(ApiMember *Api::*, std::optional<Value> Other::*) -> Borrowed<Api, ApiM
 /// that is nested in the other record as well.
 enum class Uncached { IdentifierAlone, Absent };
 
+/// Whether 0 is an identifier like others.
+enum class Zero { IsIdentifier, IsNone };
+
 /// Another record, joined on read by the identifier in this record's column. The record's member says what a request
 /// gives: the other record's identifier, or all of it.
 template <class Record, class Given, class Api, class ApiMember, class Other>
@@ -135,6 +138,7 @@ struct Reference {
     using Nested = Other;
     static constexpr bool isPrimaryKey = false;
     static constexpr std::string_view sqlType = sqlTypeOf<quint32>();
+    static constexpr auto zero = Zero::IsIdentifier;
 
     std::string_view field;
     std::string_view key;
@@ -146,9 +150,6 @@ struct Reference {
 template <class Record, class Given, class Api, class ApiMember, class Other>
 Reference(std::string_view, std::string_view, std::optional<Given> Record::*, ApiMember *Api::*, quint32 Other::*,
           Uncached = {}) -> Reference<Record, Given, Api, ApiMember, Other>;
-
-/// Whether 0 is an identifier like others.
-enum class Zero { IsIdentifier, IsNone };
 
 /// Another record, joined on read by the value of one of this record's columns.
 template <class Api, class ApiMember, class Record, class Value, class Other>

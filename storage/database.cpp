@@ -50,10 +50,8 @@ Query prepareProbe(Connection &reader)
     if constexpr (std::is_same_v<Record, Event>)
         return Table<Event>::prepareGetById(reader, 0);
     else if constexpr (std::is_same_v<Record, DeviceUserSectionLink>)
-        return reader.prepare([] {
-            return std::string("SELECT * FROM ").append(Schema<Record>::table) +
-                   sql::where(QueryPreparer::firstColumns<Record>(2));
-        });
+        return reader.prepareFor<Record>(
+            std::array{0U, 0U}, [] { return sql::select({.table = Schema<Record>::table, .columns = {"*"}}); });
     else
         return reader.prepareGet<Record>(Identifiers<Record>{});
 }
@@ -62,7 +60,7 @@ Query prepareProbe(Connection &reader)
 template <class... Records>
 bool clear(WriteConnection &writer)
 {
-    return (writer.run(writer.prepareClear<Records>(), std::get<KindTable<Records>>(tables).clearMessage) && ...);
+    return (writer.remove<Records>({}, std::get<KindTable<Records>>(tables).clearMessage) && ...);
 }
 
 bool clearTablesExceptEvents(WriteConnection &writer)
@@ -83,7 +81,7 @@ Query prepareSet(Connection &reader, const char *sql, std::u16string_view value)
 bool Database::createTables(WriteConnection &writer)
 {
     const auto create = [&]<class Record>(const KindTable<Record> &table) {
-        return writer.run(writer.prepareCreateTable<Record>(), table.createMessage);
+        return writer.run(writer.prepare([] { return sql::createTable(modelFields<Record>); }), table.createMessage);
     };
     return writer.inTransaction([&] {
         return std::apply([&](const auto &...table) { return (create(table) && ...); }, tables) &&

@@ -4,20 +4,16 @@
 
 namespace tarnelLib::controller {
 
-std::string SelectionBuilder::join(std::string_view table, std::span<const ModelField> fields,
-                                   const std::string &column, Zero zero)
+std::string join(sql::Selection &selection, sql::Columns table, const std::string &column, Zero zero)
 {
-    std::vector<std::string> columns;
-    std::ranges::transform(fields, std::back_inserter(columns), &ModelField::column);
     std::string suffix;
-    std::string joined(table);
-    const auto isJoined = [&](const sql::Join &join) { return join.table == table; };
-    if (std::ranges::any_of(m_selection.joins, isJoined)) {
+    std::string joined(table.front().table);
+    if (std::ranges::find(selection.joins, joined, &sql::Join::table) != selection.joins.end()) {
         suffix = "Again";
-        joined = sql::renamed(table, columns, suffix);
+        joined = sql::renamed(table, suffix);
     }
     const std::string condition = zero == Zero::IsNone ? " AND " + column + " <> 0" : "";
-    m_selection.joins.push_back({joined, columns.front() + suffix + " = " + column + condition});
+    selection.joins.push_back({joined, table.front().column() + suffix + " = " + column + condition});
     return suffix;
 }
 

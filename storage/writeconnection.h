@@ -22,7 +22,7 @@ public:
     template <class Steps>
     [[nodiscard]] bool inTransaction(Steps &&steps)
     {
-        const bool isKept = Connection::inTransaction(Transaction::For::Writing, steps);
+        const bool isKept = Connection::inTransaction(For::Writing, steps);
         if (isKept && m_logPages > 0)
             noteLog();
         return isKept;
