@@ -25,7 +25,7 @@ unsigned int getAffectEvents(api::Event **events, unsigned int *count)
 
 unsigned int freeEvent(api::Event *event)
 {
-    return api::freeItem<Event>(event);
+    return api::freeItems<Event>(event);
 }
 
 unsigned int freeEventsArray(api::Event *events, unsigned int count)

@@ -16,6 +16,12 @@ std::optional<double> readNumber(JsonReader &json)
     return std::nullopt;
 }
 
+/// A number cut to a whole one; 0 beyond the signed 64-bit range.
+qint64 truncated(double number)
+{
+    return number >= -beyondSigned && number < beyondSigned ? static_cast<qint64>(number) : 0;
+}
+
 /// A whole number within 32 bits; any other reads as 0.
 qint32 wholeOrZero(double number)
 {
@@ -25,11 +31,6 @@ qint32 wholeOrZero(double number)
 }
 
 } // namespace
-
-qint64 truncated(double number)
-{
-    return number >= -beyondSigned && number < beyondSigned ? static_cast<qint64>(number) : 0;
-}
 
 bool readValue(JsonReader &json, quint32 &destination)
 {

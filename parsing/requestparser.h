@@ -6,8 +6,8 @@
 
 #include <functional>
 
-/// From the text of a request to records and identifiers. `Result::Success` is the only code with which an output may be
-/// used; how the text is read is known to this folder alone.
+/// From the text of a request to records and identifiers. `Result::Success` is the only code with which an output may
+/// be used; how the text is read is known to this folder alone.
 namespace tarnelLib::controller {
 
 /// Reads the object under "D" with `readContent`. Whatever that finds, a text that is no JSON object is no request.
@@ -69,10 +69,11 @@ template <class Record>
 
 /// `{"D": record}`, where a record with parents names them beside its fields.
 template <class Record>
-[[nodiscard]] Result parseAddOrUpdateItem(std::u16string_view text, std::optional<Record> &record, ParentIds<Record> &parents)
+[[nodiscard]] Result parseAddOrUpdateItem(std::u16string_view text, std::optional<Record> &record,
+                                          ParentIds<Record> &parents)
 {
     return readEnvelope(text, [&](JsonReader &json) {
-        return RecordReader<Record>::read(json, record.emplace(), parents) ? Result::Success : Result::InvalidRequest;
+        return RecordReader<Record>::read(json, record.emplace(), &parents) ? Result::Success : Result::InvalidRequest;
     });
 }
 

@@ -56,11 +56,6 @@ SQLiteDatabase::~SQLiteDatabase()
     closeDatabase();
 }
 
-bool SQLiteDatabase::isDatabaseFileExists(const QString &path)
-{
-    return !file::isMissing(path);
-}
-
 bool SQLiteDatabase::restoreDatabase(const QString &path)
 {
     auto abandon = qScopeGuard([&] { abandonDatabase(path); });
@@ -121,7 +116,7 @@ bool SQLiteDatabase::useConnection()
         file::logUnavailable(connection);
         return false;
     }
-    m_writer.attach(connection, [this] { Q_EMIT logGrew(); });
+    m_writer.attach(connection);
     return true;
 }
 

@@ -17,6 +17,8 @@ public:
     struct Closed {
     };
 
+    explicit Turns(std::size_t connections = 0) { open(connections); }
+
     /// Sets the number of connections, before the first call asks.
     void open(std::size_t connections);
 

@@ -11,9 +11,12 @@ namespace tarnelLib::controller {
 class WriteConnection : public Connection
 {
 public:
-    /// Starts with an open connection of SQLite's. `onLogGrew` is called when something has been written that is not
-    /// yet in the main file, and not again until `foldLog`.
-    void attach(sqlite3 *connection, std::function<void()> onLogGrew);
+    /// `onLogGrew` is called when something was written that is not yet in the main file, and not again until
+    /// `foldLog`.
+    explicit WriteConnection(std::function<void()> onLogGrew) : m_onLogGrew(std::move(onLogGrew)) {}
+
+    /// Starts with an open connection of SQLite's.
+    void attach(sqlite3 *connection);
 
     /// Brings what was written into the main file, so that it is complete without side files.
     void foldLog();
