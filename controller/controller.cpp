@@ -8,7 +8,7 @@
 
 namespace tarnelLib::controller {
 
-bool Controller::connectToDatabase(const QString &path)
+void Controller::connectToDatabase(const QString &path)
 {
     try {
         m_connectResult = connect(path);
@@ -16,7 +16,6 @@ bool Controller::connectToDatabase(const QString &path)
         m_connectResult = Result::DatabaseUnavailable;
         qDebug("No database: out of memory");
     }
-    return m_connectResult != Result::DatabaseUnavailable;
 }
 
 Result Controller::connect(const QString &path)

@@ -19,8 +19,8 @@ class Controller
 public:
     explicit Controller(std::function<void()> onLogGrew) : m_database(std::move(onLogGrew)) {}
 
-    /// Opens the database, making or repairing it once if it must; false if there is none to work with.
-    bool connectToDatabase(const QString &path);
+    /// Opens the database, making or repairing it once if it must.
+    void connectToDatabase(const QString &path);
 
     void onStart() { m_state = TARNEL_STATE_RUNNING; }
     [[nodiscard]] unsigned int getState() const { return m_state; }

@@ -16,8 +16,8 @@ void stopCache() noexcept;
 
 struct Launch;
 
-/// A call in progress, which an exit waits for, with the running cache's controller: null if no cache is running, or if
-/// it runs in the process that this one was forked from.
+/// A call in progress, which an exit waits for. It has the controller of the running cache: null if no cache is
+/// running, or if it runs in the process that this one was forked from.
 class CacheAccess
 {
 public:

@@ -41,12 +41,6 @@ void Connection::configure()
     sqlite3_busy_timeout(connection(), busyTimeoutMs);
 }
 
-bool Connection::readExists(Query &&query, bool &isExists, const char *message)
-{
-    isExists = false;
-    return readFirst(std::move(query), message, [&](const Statement &) { isExists = true; });
-}
-
 bool Connection::enter(const char *message, const char *kind)
 {
     m_message = message;

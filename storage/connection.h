@@ -19,7 +19,7 @@ public:
     Connection &operator=(const Connection &) = delete;
     ~Connection() { sqlite3_close_v2(m_own); }
 
-    /// Opens a connection of its own, which cannot write, to a file that another one holds open; gives SQLite's code.
+    /// Opens a read-only connection to a file that another connection holds open; returns SQLite's result code.
     [[nodiscard]] int openForReading(const char *path);
 
     /// Carries out reads of which all see one state of the file.
@@ -71,7 +71,11 @@ public:
                          [&](const Statement &row) { readRecord<Record>(row, found.append()); });
     }
 
-    [[nodiscard]] bool readExists(Query &&query, bool &isExists, const char *message);
+    [[nodiscard]] bool readExists(Query &&query, bool &isExists, const char *message)
+    {
+        isExists = false;
+        return readFirst(std::move(query), message, [&](const Statement &) { isExists = true; });
+    }
 
     /// Begins a step, and with the first one the transaction around it. The message and the kind of step are what a
     /// failure is logged with; without a message it is the kind alone.

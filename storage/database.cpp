@@ -50,8 +50,8 @@ Query prepareProbe(Connection &reader)
     if constexpr (std::is_same_v<Record, Event>)
         return Table<Event>::prepareGetById(reader, 0);
     else if constexpr (std::is_same_v<Record, DeviceUserSectionLink>)
-        return reader.prepareFor<Record>(
-            std::array{0U, 0U}, [] { return sql::select({.table = Schema<Record>::table, .columns = {"*"}}); });
+        return reader.prepareFor<Record>(std::array{0U, 0U},
+                                         [] { return std::string("SELECT * FROM ").append(Schema<Record>::table); });
     else
         return reader.prepareGet<Record>(Identifiers<Record>{});
 }
@@ -61,12 +61,6 @@ template <class... Records>
 bool clear(WriteConnection &writer)
 {
     return (writer.remove<Records>({}, std::get<KindTable<Records>>(tables).clearMessage) && ...);
-}
-
-bool clearTablesExceptEvents(WriteConnection &writer)
-{
-    return clear<User, Domain, Organization, Locale, Person, Contractor, Contract, Zone, Section, DeviceUser,
-                 DeviceUserSectionLink, Device, Location, Site>(writer);
 }
 
 Query prepareSet(Connection &reader, const char *sql, std::u16string_view value)
@@ -129,12 +123,15 @@ bool Database::getServerIp(Connection &reader, std::optional<Text> &address)
 
 bool Database::clearAllExceptEvents(WriteConnection &writer)
 {
-    return writer.inTransaction([&] { return clearTablesExceptEvents(writer); });
+    return writer.inTransaction([&] {
+        return clear<User, Domain, Organization, Locale, Person, Contractor, Contract, Zone, Section, DeviceUser,
+                     DeviceUserSectionLink, Device, Location, Site>(writer);
+    });
 }
 
 bool Database::clearAll(WriteConnection &writer)
 {
-    return writer.inTransaction([&] { return clearTablesExceptEvents(writer) && clear<Event>(writer); });
+    return writer.inTransaction([&] { return clearAllExceptEvents(writer) && clear<Event>(writer); });
 }
 
 } // namespace tarnelLib::controller

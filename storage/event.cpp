@@ -14,11 +14,11 @@ std::string selectEvents(sql::JoinKind deviceJoin)
     const std::string section = columnOf(&Event::sectionId);
     sql::Selection selection = selectionOf<Event>();
     selection.joins = {
-        sql::join(modelFields<Device>, {device}, deviceJoin),
-        sql::join(modelFields<Section>, {device, section}),
-        sql::join(modelFields<Zone>, {device, section, columnOf(&Event::zoneId)}),
-        sql::join(modelFields<User>, {columnOf(&Event::userId)}),
-        sql::join(modelFields<Domain>, {columnOf(&User::domainId)}),
+        sql::joinOf(modelFields<Device>, {device}, deviceJoin),
+        sql::joinOf(modelFields<Section>, {device, section}),
+        sql::joinOf(modelFields<Zone>, {device, section, columnOf(&Event::zoneId)}),
+        sql::joinOf(modelFields<User>, {columnOf(&Event::userId)}),
+        sql::joinOf(modelFields<Domain>, {columnOf(&User::domainId)}),
     };
     return sql::select(selection);
 }

@@ -18,12 +18,12 @@ Query prepareLookUp(QueryPreparer &preparer, const std::string &column, std::siz
 } // namespace
 
 EventNames::EventNames(QueryPreparer &preparer)
-    : m_accounts{prepareLookUp<Device>(preparer, columnOf(&Device::account), 1), decltype(m_accounts.rows)(&m_memory)},
-      m_sections{prepareLookUp<Section>(preparer, columnOf(&Section::name), 2), decltype(m_sections.rows)(&m_memory)},
-      m_zones{prepareLookUp<Zone>(preparer, columnOf(&Zone::name), 3), decltype(m_zones.rows)(&m_memory)},
-      m_domains{prepareLookUp<User>(preparer, columnOf(&Domain::name), 1,
-                                    {sql::join(modelFields<Domain>, {columnOf(&User::domainId)})}),
-                decltype(m_domains.rows)(&m_memory)}
+    : m_accounts(prepareLookUp<Device>(preparer, columnOf(&Device::account), 1), m_memory),
+      m_sections(prepareLookUp<Section>(preparer, columnOf(&Section::name), 2), m_memory),
+      m_zones(prepareLookUp<Zone>(preparer, columnOf(&Zone::name), 3), m_memory),
+      m_domains(prepareLookUp<User>(preparer, columnOf(&Domain::name), 1,
+                                    {sql::joinOf(modelFields<Domain>, {columnOf(&User::domainId)})}),
+                m_memory)
 {
     for (const Query *query : {&m_accounts.query, &m_sections.query, &m_zones.query, &m_domains.query}) {
         if (!(*query)->isPrepared())

@@ -5,8 +5,8 @@
 
 #include <algorithm>
 
-/// For those who put the rows of parts under the structures that own them. SQLite yields rows in whatever order suits
-/// its plan, and that changes with the statistics which any tool may leave in the file.
+/// Puts the rows of parts under the structures that own them. SQLite yields rows in whatever order suits its plan,
+/// which changes with the statistics that any tool may leave in the file.
 namespace tarnelLib::controller {
 
 /// Finds structures of one read by their identifiers.

@@ -144,12 +144,6 @@ public:
                                   [] { return sql::select({.table = Schema<Record>::table, .columns = {"1"}}); });
     }
 
-    template <class Record>
-    Query prepareDelete(Numbers identifiers)
-    {
-        return prepareFor<Record>(identifiers, [] { return sql::deleteFrom(Schema<Record>::table); });
-    }
-
 private:
     using Key = std::tuple<const void *, const void *, std::size_t>;
 

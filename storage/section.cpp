@@ -20,11 +20,11 @@ template <>
 bool Table<Section>::readParts(Connection &reader, std::span<api::Section> sections, Numbers asked, Selected)
 {
     OwnerIndex<api::Section> owners(sections);
-    const bool isRead = reader.readEach(reader.prepareGet<Zone>(asked), "get zones for device section error",
-                                        [&](const Statement &row) {
-                                            if (api::Section *owner = owners.ownerOf(row, 1))
-                                                readRecord<Zone>(row, appendPart(owner->zones, owner->zonesCount));
-                                        });
+    const auto addZone = [&](const Statement &row) {
+        if (api::Section *owner = owners.ownerOf(row, 1))
+            readRecord<Zone>(row, appendPart(owner->zones, owner->zonesCount));
+    };
+    const bool isRead = reader.readEach(reader.prepareGet<Zone>(asked), "get zones for device section error", addZone);
     for (const api::Section &section : sections)
         sortParts(section.zones, section.zonesCount, &api::Zone::id);
     return isRead;

@@ -7,10 +7,6 @@
 /// that one. `addColumns` and `readColumns` go through them in the same order.
 namespace tarnelLib::controller {
 
-/// Joins a table to a select, by its first column; gives the suffix of its columns, which tell a second join from the
-/// first.
-std::string join(sql::Selection &selection, sql::Columns table, const std::string &column, Zero zero);
-
 /// `suffix` is what the columns have behind their names in this select; `identifier` is the column that holds the
 /// record's identifier, if it is not the record's own.
 template <class Record>
@@ -25,7 +21,7 @@ void addColumns(sql::Selection &selection, const std::string &suffix, const std:
             else
                 column = columnOf(row.identifier) + suffix;
             const Uncached uncached = inherited == Uncached::Absent ? inherited : row.uncached;
-            const std::string others = join(selection, modelFields<Other>, column, row.zero);
+            const std::string others = sql::join(selection, modelFields<Other>, column, row.zero);
             const bool isReadAlone = is<Row, Reference> && uncached == Uncached::IdentifierAlone;
             addColumns<Other>(selection, others, isReadAlone ? column : std::string(), uncached);
         } else if constexpr (is<Row, Borrowed>) {
@@ -51,7 +47,7 @@ void readColumns(const Statement &row, int &column, ApiOf<Record> &structure)
 {
     forEachField<Record>([&]<class Row>(const Row &field) {
         if constexpr (isParentKey<Row>) {
-            ++column; // For those who put lists of several parents together.
+            ++column; // Callers that need a parent read it themselves.
         } else if constexpr (isJoined<Row>) {
             using Other = typename Row::Nested;
             static const int columns = static_cast<int>(selectionOf<Other>().columns.size());

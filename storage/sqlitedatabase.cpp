@@ -139,22 +139,15 @@ bool SQLiteDatabase::isTablesValid()
 
 bool SQLiteDatabase::recreateDatabase(const QString &path)
 {
-    if (m_isContentUnknown || m_writer.hasMetCircumstance()) {
-        closeDatabase();
+    closeDatabase();
+    if (m_isContentUnknown || m_writer.hasMetCircumstance())
         return false;
-    }
-    if (!removeDb() || !openDatabase(path))
+    m_database = QSqlDatabase();
+    QSqlDatabase::removeDatabase(m_name);
+    if (!file::remove(path) || !openDatabase(path))
         return false;
     openReaders();
     return true;
-}
-
-bool SQLiteDatabase::removeDb()
-{
-    closeDatabase();
-    m_database = QSqlDatabase();
-    QSqlDatabase::removeDatabase(m_name);
-    return file::remove(m_name);
 }
 
 void SQLiteDatabase::closeDatabase()

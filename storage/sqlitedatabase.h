@@ -48,7 +48,6 @@ private:
     bool openReaders();
     void closeDatabase();
     void abandonDatabase(const QString &path);
-    bool removeDb();
 
     QString m_name;
     QSqlDatabase m_database;

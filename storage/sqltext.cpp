@@ -49,6 +49,14 @@ std::string insert(std::string_view verb, Columns table, std::size_t rows = 1)
     return concatenated({verb, " ", table.front().table, " (", names(table), ")VALUES ", values});
 }
 
+std::string renamed(Columns table, std::string_view suffix)
+{
+    const std::string renamings = list(table, [&](const ModelField &column) {
+        return concatenated({column.column(), " AS ", column.column(), suffix});
+    });
+    return concatenated({"(SELECT ", renamings, " FROM ", table.front().table, ")"});
+}
+
 } // namespace
 
 std::string createTable(Columns table)
@@ -82,7 +90,7 @@ std::string upsert(Columns table)
         {insert("INSERT INTO", table), " ON CONFLICT(", names(primaryKeyOf(table)), ") DO UPDATE SET ", assignments});
 }
 
-Join join(Columns table, const std::vector<std::string> &columns, JoinKind kind)
+Join joinOf(Columns table, const std::vector<std::string> &columns, JoinKind kind)
 {
     std::string condition;
     for (std::size_t i = 0; i < columns.size(); ++i)
@@ -100,12 +108,17 @@ std::string select(const Selection &selection)
     return text;
 }
 
-std::string renamed(Columns table, std::string_view suffix)
+std::string join(Selection &selection, Columns table, const std::string &column, Zero zero)
 {
-    const std::string renamings = list(table, [&](const ModelField &column) {
-        return concatenated({column.column(), " AS ", column.column(), suffix});
-    });
-    return concatenated({"(SELECT ", renamings, " FROM ", table.front().table, ")"});
+    std::string suffix;
+    std::string joined(table.front().table);
+    if (std::ranges::find(selection.joins, joined, &Join::table) != selection.joins.end()) {
+        suffix = "Again";
+        joined = renamed(table, suffix);
+    }
+    const std::string condition = zero == Zero::IsNone ? " AND " + column + " <> 0" : "";
+    selection.joins.push_back({joined, table.front().column() + suffix + " = " + column + condition});
+    return suffix;
 }
 
 std::string deleteFrom(std::string_view table)

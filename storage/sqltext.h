@@ -37,13 +37,14 @@ std::string insertOrReplace(Columns table, std::size_t rows);
 /// the columns whose bit (counted from the first column) is not set.
 std::string upsert(Columns table);
 
-/// A join of the row of which the first columns equal these.
-Join join(Columns table, const std::vector<std::string> &columns, JoinKind kind = JoinKind::Left);
+/// A join of the row whose first columns equal these.
+Join joinOf(Columns table, const std::vector<std::string> &columns, JoinKind kind = JoinKind::Left);
 
 std::string select(const Selection &selection);
 
-/// A table for a select that joins it a second time: its columns have names of their own, with a suffix.
-std::string renamed(Columns table, std::string_view suffix);
+/// Joins a table to a select, by its first column; gives the suffix that the table's columns have there: one that is
+/// joined a second time has names of its own.
+std::string join(Selection &selection, Columns table, const std::string &column, Zero zero);
 
 std::string deleteFrom(std::string_view table);
 

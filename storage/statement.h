@@ -103,7 +103,7 @@ public:
         return isNull(column) ? std::nullopt : std::optional(toText(cell(column)));
     }
 
-    /// The column of a name, of whatever columns the table has.
+    /// The position of the column with a name, if there is one.
     [[nodiscard]] std::optional<int> find(const char *name) const;
 
     /// Ends a use of the statement: closes its cursor, which is a lock on the file, and lets go of what was bound.

@@ -13,7 +13,7 @@ namespace tarnelLib::controller {
 class Turns
 {
 public:
-    /// What a call is thrown that gets no turn any more.
+    /// Thrown at a call that gets no turn any more.
     struct Closed {
     };
 

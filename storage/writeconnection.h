@@ -34,11 +34,11 @@ public:
     /// Runs a statement that yields no rows.
     [[nodiscard]] bool run(Query &&query, const char *message);
 
-    /// Deletes the records that share the identifiers.
+    /// Deletes the records that share the identifiers: without any, all records.
     template <class Record>
     [[nodiscard]] bool remove(Numbers identifiers, const char *message)
     {
-        return run(prepareDelete<Record>(identifiers), message);
+        return run(prepareFor<Record>(identifiers, [] { return sql::deleteFrom(Schema<Record>::table); }), message);
     }
 
     /// Inserts one record, in place of a stored one.
