@@ -36,7 +36,7 @@ unsigned int deleteContract(const unsigned short *text, unsigned int length)
 
 unsigned int freeContract(api::Contract *contract)
 {
-    return api::freeItem<Contract>(contract);
+    return api::freeItems<Contract>(contract);
 }
 
 unsigned int freeContractsArray(api::Contract *contracts, unsigned int count)

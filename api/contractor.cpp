@@ -36,7 +36,7 @@ unsigned int deleteContractor(const unsigned short *text, unsigned int length)
 
 unsigned int freeContractor(api::Contractor *contractor)
 {
-    return api::freeItem<Contractor>(contractor);
+    return api::freeItems<Contractor>(contractor);
 }
 
 unsigned int freeContractorsArray(api::Contractor *contractors, unsigned int count)

@@ -41,7 +41,7 @@ unsigned int deleteDevice(const unsigned short *text, unsigned int length)
 
 unsigned int freeDevice(api::Device *device)
 {
-    return api::freeItem<Device>(device);
+    return api::freeItems<Device>(device);
 }
 
 unsigned int freeDevicesArray(api::Device *devices, unsigned int count)

@@ -36,7 +36,7 @@ unsigned int deleteDomain(const unsigned short *text, unsigned int length)
 
 unsigned int freeDomain(api::Domain *domain)
 {
-    return api::freeItem<Domain>(domain);
+    return api::freeItems<Domain>(domain);
 }
 
 unsigned int freeDomainsArray(api::Domain *domains, unsigned int count)

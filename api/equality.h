@@ -11,15 +11,6 @@ namespace tarnelLib::api {
 template <class Record>
 bool isEqual(const controller::ApiOf<Record> &left, const controller::ApiOf<Record> &right);
 
-/// Optional values are equal if both are absent, or both are there and equal.
-template <class Value, class IsEqual>
-bool comparePtr(const Value *left, const Value *right, IsEqual &&isEqualValue)
-{
-    if (left == nullptr || right == nullptr)
-        return left == right;
-    return isEqualValue(*left, *right);
-}
-
 /// A text that is absent is as good as an empty one.
 inline std::u16string_view viewOf(const unsigned short *text)
 {
@@ -43,8 +34,10 @@ bool isEqualMember(const Row &row, const Api &left, const Api &right)
         return std::equal(item, item + left.*row.apiCount, other, other + right.*row.apiCount, isEqualItem);
     else if constexpr (std::is_same_v<decltype(item), unsigned short *const>)
         return viewOf(item) == viewOf(other);
+    else if (item == nullptr || other == nullptr)
+        return item == other;
     else
-        return comparePtr(item, other, isEqualItem);
+        return isEqualItem(*item, *other);
 }
 
 template <class Record>

@@ -25,7 +25,7 @@ unsigned int getAffectEvents(api::Event **events, unsigned int *count)
 
 unsigned int freeEvent(api::Event *event)
 {
-    return api::freeItem<Event>(event);
+    return api::freeItems<Event>(event);
 }
 
 unsigned int freeEventsArray(api::Event *events, unsigned int count)
@@ -40,12 +40,13 @@ unsigned int removeAffectFlag(api::Event **event, const unsigned short *text, un
         const api::ClientText request{text, length};
         if (event == nullptr || !request.isValid())
             return Result::InvalidArgument;
-        quint32 id = 0;
-        const Result parsed = tarnelLib::controller::parseRemoveAffectEvent(request.view(), id);
+        // The request names the event as one to delete would.
+        tarnelLib::controller::Identifiers<Event> id{};
+        const Result parsed = tarnelLib::controller::parseDelete<Event>(request.view(), id);
         if (parsed != Result::Success)
             return parsed;
         tarnelLib::controller::Structures<Event> changed;
-        const Result removed = controller.removeAffectFlag(changed, id);
+        const Result removed = controller.removeAffectFlag(changed, id.front());
         // Other outputs must be null. This one may hold an event: its block alone is released, as clients expect it.
         if (removed == Result::Success)
             std::free(std::exchange(*event, std::move(changed).release()));

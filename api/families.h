@@ -1,7 +1,7 @@
 #pragma once
 
 #include "parsing/requestparser.h"
-#include "runtime/cacheaccess.h"
+#include "runtime/lifecycle.h"
 
 #include <climits>
 
@@ -32,22 +32,26 @@ bool isFree(Api *const *out)
     return out != nullptr && *out == nullptr;
 }
 
-/// Hands out what an operation has filled, if that was a success.
-template <class Record>
-Result handOut(controller::ApiOf<Record> **out, controller::Structures<Record> &&structures, Result result)
+/// Hands out what an operation fills, if that is a success.
+template <class Record, class Operation>
+Result handOut(controller::ApiOf<Record> **out, Operation &&fill)
 {
+    controller::Structures<Record> structures;
+    const Result result = fill(structures);
     if (result == Result::Success)
         *out = std::move(structures).release();
     return result;
 }
 
-template <class Record>
-Result handOut(controller::ApiOf<Record> **out, unsigned int *count, controller::Structures<Record> &&structures,
-               Result result)
+template <class Record, class Operation>
+Result handOut(controller::ApiOf<Record> **out, unsigned int *count, Operation &&fill)
 {
-    if (result == Result::Success)
-        *count = structures.count();
-    return handOut(out, std::move(structures), result);
+    return handOut<Record>(out, [&](controller::Structures<Record> &structures) {
+        const Result result = fill(structures);
+        if (result == Result::Success)
+            *count = structures.count();
+        return result;
+    });
 }
 
 template <class Record>
@@ -71,9 +75,7 @@ unsigned int addItemsAndHandOut(controller::ApiOf<Record> **out, unsigned int *c
         std::vector<Record> records;
         if (const Result parsed = controller::parseAddItems(text.view(), records); parsed != Result::Success)
             return parsed;
-        controller::Structures<Record> stored;
-        const Result added = controller.add(std::move(records), stored);
-        return handOut(out, count, std::move(stored), added);
+        return handOut<Record>(out, count, [&](auto &stored) { return controller.add(std::move(records), stored); });
     });
 }
 
@@ -89,9 +91,7 @@ unsigned int changeItem(controller::ApiOf<Record> **out, ClientText text, Change
         const Result parsed = controller::parseAddOrUpdateItem(text.view(), record, parents);
         if (parsed != Result::Success)
             return parsed;
-        controller::Structures<Record> stored;
-        const Result changed = change(controller, *record, parents, stored);
-        return handOut(out, std::move(stored), changed);
+        return handOut<Record>(out, [&](auto &stored) { return change(controller, *record, parents, stored); });
     });
 }
 
@@ -118,9 +118,7 @@ unsigned int getItem(controller::ApiOf<Record> **out, Numbers... identifiers) no
     return withController([&](Controller &controller) {
         if (!isFree(out))
             return Result::InvalidArgument;
-        controller::Structures<Record> found;
-        const Result read = controller.getOne(found, {identifiers...});
-        return handOut(out, std::move(found), read);
+        return handOut<Record>(out, [&](auto &found) { return controller.getOne(found, {identifiers...}); });
     });
 }
 
@@ -131,9 +129,8 @@ unsigned int getItems(controller::ApiOf<Record> **out, unsigned int *count, Numb
     return withController([&](Controller &controller) {
         if (!isFree(out) || count == nullptr)
             return Result::InvalidArgument;
-        controller::Structures<Record> found;
-        const Result read = controller.get(found, std::array<quint32, sizeof...(numbers)>{numbers...});
-        return handOut(out, count, std::move(found), read);
+        const std::array<quint32, sizeof...(numbers)> all{numbers...};
+        return handOut<Record>(out, count, [&](auto &found) { return controller.get(found, all); });
     });
 }
 
@@ -144,10 +141,10 @@ unsigned int getItemsWithParams(controller::ApiOf<Record> **out, unsigned int *c
     return withController([&](Controller &controller) {
         if (!isFree(out) || count == nullptr || !field.isValid() || !value.isValid())
             return Result::InvalidArgument;
-        controller::Structures<Record> found;
-        const Result read = controller.getByField(found, field.withoutByteOrderMark(), value.view(),
-                                                  std::array<quint32, sizeof...(parents)>{parents...});
-        return handOut(out, count, std::move(found), read);
+        const std::array<quint32, sizeof...(parents)> all{parents...};
+        return handOut<Record>(out, count, [&](auto &found) {
+            return controller.getByField(found, field.withoutByteOrderMark(), value.view(), all);
+        });
     });
 }
 
@@ -164,16 +161,7 @@ unsigned int deleteItem(ClientText text) noexcept
 }
 
 template <class Record>
-unsigned int freeItem(controller::ApiOf<Record> *structure) noexcept
-{
-    if (structure == nullptr)
-        return TARNEL_INVALID_ARGUMENT;
-    controller::freeStructures<Record>(structure, 1);
-    return TARNEL_SUCCESS;
-}
-
-template <class Record>
-unsigned int freeItems(controller::ApiOf<Record> *structures, unsigned int count) noexcept
+unsigned int freeItems(controller::ApiOf<Record> *structures, unsigned int count = 1) noexcept
 {
     if (structures == nullptr || count == 0)
         return TARNEL_INVALID_ARGUMENT;

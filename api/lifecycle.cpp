@@ -1,7 +1,5 @@
 #include "runtime/lifecycle.h"
 
-#include <tarnel/tarnel.h>
-
 namespace runtime = tarnelLib::runtime;
 
 void launchCache()
@@ -14,12 +12,20 @@ void exitCache()
     runtime::stopCache();
 }
 
+// These never wait for a connection.
+
 unsigned int getState()
 {
-    return runtime::state();
+    const runtime::CacheAccess access;
+    if (access.controller() == nullptr)
+        return TARNEL_STATE_NONE;
+    return access.controller()->getState();
 }
 
 unsigned int getLaunchCacheResult()
 {
-    return runtime::launchResult();
+    const runtime::CacheAccess access;
+    if (access.controller() == nullptr)
+        return TARNEL_NOT_AVAILABLE;
+    return static_cast<unsigned int>(access.controller()->getConnectToDatabaseResult());
 }

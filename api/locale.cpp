@@ -26,7 +26,7 @@ unsigned int getLocalesWithParams(api::Locale **locales, unsigned int *count, co
 
 unsigned int freeLocale(api::Locale *locale)
 {
-    return api::freeItem<Locale>(locale);
+    return api::freeItems<Locale>(locale);
 }
 
 unsigned int freeLocalesArray(api::Locale *locales, unsigned int count)

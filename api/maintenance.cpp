@@ -1,6 +1,7 @@
 #include "api/families.h"
 
 using tarnelLib::Result;
+using tarnelLib::controller::Database;
 using tarnelLib::controller::Text;
 namespace api = tarnelLib::api;
 
@@ -8,7 +9,7 @@ unsigned int setServerIp(const unsigned short *address, unsigned int length)
 {
     return api::withController([&](auto &controller) {
         const api::ClientText text{address, length};
-        return text.isValid() ? controller.setServerIp(text.view()) : Result::InvalidArgument;
+        return text.isValid() ? controller.write(Database::setServerIp, text.view()) : Result::InvalidArgument;
     });
 }
 
@@ -27,15 +28,17 @@ unsigned int getServerIp(unsigned short **address)
 
 unsigned int clearAll()
 {
-    return api::withController([](auto &controller) { return controller.clearAll(); });
+    return api::withController([](auto &controller) { return controller.write(Database::clearAll); });
 }
 
 unsigned int clearAllExceptEvents()
 {
-    return api::withController([](auto &controller) { return controller.clearAllExceptEvents(); });
+    return api::withController([](auto &controller) { return controller.write(Database::clearAllExceptEvents); });
 }
 
 unsigned int clearEventsBeforeDateExceptAffects(unsigned int date)
 {
-    return api::withController([&](auto &controller) { return controller.clearEventsBeforeDateExceptAffects(date); });
+    using Events = tarnelLib::controller::Table<tarnelLib::controller::Event>;
+    return api::withController(
+        [&](auto &controller) { return controller.write(Events::clearBeforeDateExceptAffects, date); });
 }

@@ -37,7 +37,7 @@ unsigned int deleteOrganization(const unsigned short *text, unsigned int length)
 
 unsigned int freeOrganization(api::Organization *organization)
 {
-    return api::freeItem<Organization>(organization);
+    return api::freeItems<Organization>(organization);
 }
 
 unsigned int freeOrganizationsArray(api::Organization *organizations, unsigned int count)

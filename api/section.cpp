@@ -32,7 +32,7 @@ unsigned int deleteSection(const unsigned short *text, unsigned int length)
 
 unsigned int freeSection(api::Section *section)
 {
-    return api::freeItem<Section>(section);
+    return api::freeItems<Section>(section);
 }
 
 unsigned int freeSectionsArray(api::Section *sections, unsigned int count)

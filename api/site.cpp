@@ -36,7 +36,7 @@ unsigned int deleteSite(const unsigned short *text, unsigned int length)
 
 unsigned int freeSite(api::Site *site)
 {
-    return api::freeItem<Site>(site);
+    return api::freeItems<Site>(site);
 }
 
 unsigned int freeSitesArray(api::Site *sites, unsigned int count)

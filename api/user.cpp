@@ -36,7 +36,7 @@ unsigned int deleteUser(const unsigned short *text, unsigned int length)
 
 unsigned int freeUser(api::User *user)
 {
-    return api::freeItem<User>(user);
+    return api::freeItems<User>(user);
 }
 
 unsigned int freeUsersArray(api::User *users, unsigned int count)

@@ -44,7 +44,7 @@ unsigned int deleteZone(const unsigned short *text, unsigned int length)
 
 unsigned int freeZone(api::Zone *zone)
 {
-    return api::freeItem<Zone>(zone);
+    return api::freeItems<Zone>(zone);
 }
 
 unsigned int freeZonesArray(api::Zone *zones, unsigned int count)

@@ -1,12 +1,14 @@
 #include "controller/controller.h"
 
+#include "storage/databasefile.h"
+
 #include <QDebug>
 
 #include <new>
 
 namespace tarnelLib::controller {
 
-bool Controller::connectToDatabase(const QString &path)
+void Controller::connectToDatabase(const QString &path)
 {
     try {
         m_connectResult = connect(path);
@@ -14,7 +16,6 @@ bool Controller::connectToDatabase(const QString &path)
         m_connectResult = Result::DatabaseUnavailable;
         qDebug("No database: out of memory");
     }
-    return m_connectResult != Result::DatabaseUnavailable;
 }
 
 Result Controller::connect(const QString &path)
@@ -22,7 +23,7 @@ Result Controller::connect(const QString &path)
     const auto repaired = [](bool isRepaired, Result result) {
         return isRepaired ? result : Result::DatabaseUnavailable;
     };
-    if (!m_database.isDatabaseFileExists(path))
+    if (file::isMissing(path))
         return repaired(m_database.restoreDatabase(path), Result::DatabaseCreated);
     if (!m_database.openDatabase(path))
         return repaired(m_database.recreateDatabase(path), Result::DatabaseRecreatedOpenFailed);
@@ -61,29 +62,9 @@ Result Controller::removeAffectFlag(Structures<Event> &event, quint32 id)
     return writeResult(Table<Event>::removeAffectFlag(*connection, id, event) && !event.isEmpty());
 }
 
-Result Controller::clearEventsBeforeDateExceptAffects(quint32 date)
-{
-    return writeResult(Table<Event>::clearBeforeDateExceptAffects(*m_database.write(), date));
-}
-
-Result Controller::setServerIp(std::u16string_view address)
-{
-    return writeResult(Database::setServerIp(*m_database.write(), address));
-}
-
 Result Controller::getServerIp(std::optional<Text> &address)
 {
     return Database::getServerIp(*m_database.read(), address) ? Result::Success : Result::ReadFailed;
-}
-
-Result Controller::clearAll()
-{
-    return writeResult(Database::clearAll(*m_database.write()));
-}
-
-Result Controller::clearAllExceptEvents()
-{
-    return writeResult(Database::clearAllExceptEvents(*m_database.write()));
 }
 
 } // namespace tarnelLib::controller

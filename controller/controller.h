@@ -17,19 +17,26 @@ namespace tarnelLib::controller {
 class Controller
 {
 public:
-    /// Opens the database, making or repairing it once if it must; false if there is none to work with.
-    bool connectToDatabase(const QString &path);
+    explicit Controller(std::function<void()> onLogGrew) : m_database(std::move(onLogGrew)) {}
+
+    /// Opens the database, making or repairing it once if it must.
+    void connectToDatabase(const QString &path);
 
     void onStart() { m_state = TARNEL_STATE_RUNNING; }
     [[nodiscard]] unsigned int getState() const { return m_state; }
     [[nodiscard]] Result getConnectToDatabaseResult() const { return m_connectResult; }
 
-    /// For its signal.
-    [[nodiscard]] const SQLiteDatabase &database() const { return m_database; }
     /// Brings what was written into the main file.
     void foldLog() { m_database.write()->foldLog(); }
     /// Lets the calls in progress end. Those that wait for a connection, or ask for one from now on, throw.
     void close() noexcept { m_database.close(); }
+
+    /// Carries out a change of the storage that hands nothing back.
+    template <class Change, class... Arguments>
+    [[nodiscard]] Result write(Change &&change, const Arguments &...arguments)
+    {
+        return writeResult(change(*m_database.write(), arguments...));
+    }
 
     template <class Record>
     [[nodiscard]] Result add(const std::vector<Record> &records)
@@ -99,12 +106,7 @@ public:
 
     [[nodiscard]] Result getSiteFields(SiteFields &fields, quint32 site);
     [[nodiscard]] Result removeAffectFlag(Structures<Event> &event, quint32 id);
-    [[nodiscard]] Result clearEventsBeforeDateExceptAffects(quint32 date);
-
-    [[nodiscard]] Result setServerIp(std::u16string_view address);
     [[nodiscard]] Result getServerIp(std::optional<Text> &address);
-    [[nodiscard]] Result clearAll();
-    [[nodiscard]] Result clearAllExceptEvents();
 
 private:
     Result connect(const QString &path);

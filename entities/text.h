@@ -15,7 +15,7 @@ class Text
 {
 public:
     explicit Text(std::u16string_view units);
-    /// Nothing unless these are well-formed characters of one UTF-16 unit each.
+    /// The text of UTF-8 bytes; nothing unless all of them are well-formed characters of one UTF-16 unit each.
     [[nodiscard]] static std::optional<Text> fromUtf8(std::string_view bytes);
     Text(const Text &other) : Text(other.view()) {}
     Text(Text &&other) noexcept
@@ -42,7 +42,7 @@ public:
     bool operator==(const Text &other) const { return view() == other.view(); }
 
 private:
-    /// A text of so many units, which are yet to be written.
+    /// A text of `length` units, which are yet to be written.
     explicit Text(std::size_t length);
 
     char16_t *m_units;

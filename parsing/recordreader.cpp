@@ -1,5 +1,7 @@
 #include "parsing/recordreader.h"
 
+#include <functional>
+
 namespace tarnelLib::controller {
 
 namespace {
@@ -7,13 +9,10 @@ namespace {
 constexpr double beyondSigned = 9223372036854775808.0; // 2^63
 constexpr double beyondUnsigned = 2 * beyondSigned;
 
-/// Passes a value and reads it if it is a number; nothing otherwise.
-std::optional<double> readNumber(JsonReader &json)
+/// A number cut to a whole one; 0 beyond the signed 64-bit range.
+qint64 truncated(double number)
 {
-    if (json.type() == JsonReader::Type::Number)
-        return json.readNumber();
-    json.skip();
-    return std::nullopt;
+    return number >= -beyondSigned && number < beyondSigned ? static_cast<qint64>(number) : 0;
 }
 
 /// A whole number within 32 bits; any other reads as 0.
@@ -24,56 +23,54 @@ qint32 wholeOrZero(double number)
     return static_cast<double>(small) == number ? small : 0;
 }
 
-} // namespace
-
-qint64 truncated(double number)
+quint64 unsignedOf(double number)
 {
-    return number >= -beyondSigned && number < beyondSigned ? static_cast<qint64>(number) : 0;
+    const bool isBeyondSigned = number >= beyondSigned && number < beyondUnsigned;
+    return isBeyondSigned ? static_cast<quint64>(number) : static_cast<quint64>(truncated(number));
 }
+
+/// Passes the value ahead, and reads it as `convert` makes it of a number; what is no number reads as 0.
+template <class Value, class Convert>
+bool readNumber(JsonReader &json, Value &destination, Convert &&convert)
+{
+    const bool isNumber = json.type() == JsonReader::Type::Number;
+    if (!isNumber)
+        json.skip();
+    destination = static_cast<Value>(isNumber ? convert(json.readNumber()) : 0);
+    return isNumber;
+}
+
+} // namespace
 
 bool readValue(JsonReader &json, quint32 &destination)
 {
-    const std::optional<double> number = readNumber(json);
-    destination = static_cast<quint32>(truncated(number.value_or(0)));
-    return number.has_value();
+    return readNumber(json, destination, truncated);
 }
 
 bool readValue(JsonReader &json, qint32 &destination)
 {
-    const std::optional<double> number = readNumber(json);
-    destination = wholeOrZero(number.value_or(0));
-    return number.has_value();
+    return readNumber(json, destination, wholeOrZero);
 }
 
 bool readValue(JsonReader &json, quint8 &destination)
 {
-    const std::optional<double> number = readNumber(json);
-    destination = static_cast<quint8>(wholeOrZero(number.value_or(0)));
-    return number.has_value();
+    return readNumber(json, destination, wholeOrZero);
 }
 
 bool readValue(JsonReader &json, bool &destination)
 {
     const bool isBoolean = json.type() == JsonReader::Type::Boolean;
-    const std::optional<double> number = readNumber(json);
-    destination = wholeOrZero(number.value_or(0)) != 0;
-    return number.has_value() || isBoolean;
+    return readNumber(json, destination, wholeOrZero) || isBoolean;
 }
 
 bool readValue(JsonReader &json, quint64 &destination)
 {
-    const std::optional<double> number = readNumber(json);
-    const double value = number.value_or(0);
-    destination = value >= beyondSigned && value < beyondUnsigned ? static_cast<quint64>(value)
-                                                                  : static_cast<quint64>(truncated(value));
-    return number.has_value();
+    return readNumber(json, destination, unsignedOf);
 }
 
 bool readValue(JsonReader &json, double &destination)
 {
-    const std::optional<double> number = readNumber(json);
-    destination = number.value_or(0);
-    return number.has_value();
+    return readNumber(json, destination, std::identity());
 }
 
 bool readValue(JsonReader &json, std::optional<Text> &destination)

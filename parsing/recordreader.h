@@ -7,9 +7,6 @@
 
 namespace tarnelLib::controller {
 
-/// A number cut to a whole one; 0 beyond the signed 64-bit range.
-qint64 truncated(double number);
-
 // The readers of single values, from the value ahead. False if it is not of the type that the destination takes: then
 // it has been skipped. Null is of no type.
 
@@ -48,16 +45,11 @@ template <class Record>
 class RecordReader
 {
 public:
-    /// False if there is no object ahead, or it lacks a key that it must have, or has a value of a wrong type.
-    [[nodiscard]] static bool read(JsonReader &json, Record &record)
+    /// False if there is no object ahead, or it lacks a key that it must have, or has a value of a wrong type. The
+    /// object names the parents as well if they are asked for.
+    [[nodiscard]] static bool read(JsonReader &json, Record &record, ParentIds<Record> *parents = nullptr)
     {
-        return RecordReader(record, nullptr).readFields(json);
-    }
-
-    /// As `read`, of an object that names the parents as well.
-    [[nodiscard]] static bool read(JsonReader &json, Record &record, ParentIds<Record> &parents)
-    {
-        return RecordReader(record, &parents).readFields(json);
+        return RecordReader(record, parents).readFields(json);
     }
 
 private:
@@ -157,8 +149,8 @@ private:
         return readValue(json, reader.m_alternativeId);
     }
 
-    template <std::size_t Position>
-    static constexpr void addEntry(Entries &list)
+    template <std::size_t Position = 0>
+    static constexpr void addEntries(Entries &list)
     {
         const auto &field = std::get<Position>(fields);
         if constexpr (requires { field.keys; }) {
@@ -169,17 +161,8 @@ private:
             list[Position] = {field.requestKey, readAt<Position>};
         else if constexpr (requires { field.key; })
             list[Position] = {field.key, readAt<Position>};
-    }
-
-    static constexpr Entries makeEntries()
-    {
-        Entries list{};
-        [&]<std::size_t... Position>(std::index_sequence<Position...>)
-        {
-            (addEntry<Position>(list), ...);
-        }
-        (std::make_index_sequence<fieldCount>());
-        return list;
+        if constexpr (Position + 1 < fieldCount)
+            addEntries<Position + 1>(list);
     }
 
     static const Entries entries;
@@ -193,7 +176,11 @@ private:
 };
 
 template <class Record>
-constexpr typename RecordReader<Record>::Entries RecordReader<Record>::entries = RecordReader<Record>::makeEntries();
+constexpr typename RecordReader<Record>::Entries RecordReader<Record>::entries = [] {
+    Entries list{};
+    addEntries(list);
+    return list;
+}();
 
 template <class Record>
 bool readValue(JsonReader &json, Record &record) requires requires

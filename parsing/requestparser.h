@@ -1,7 +1,7 @@
 #pragma once
 
 #include "controller/result.h"
-#include "entities/event.h"
+#include "entities/field.h"
 #include "parsing/recordreader.h"
 
 #include <functional>
@@ -73,7 +73,7 @@ template <class Record>
                                           ParentIds<Record> &parents)
 {
     return readEnvelope(text, [&](JsonReader &json) {
-        return RecordReader<Record>::read(json, record.emplace(), parents) ? Result::Success : Result::InvalidRequest;
+        return RecordReader<Record>::read(json, record.emplace(), &parents) ? Result::Success : Result::InvalidRequest;
     });
 }
 
@@ -86,11 +86,8 @@ template <class Record>
         const auto keys = identifierKeys<Record>();
         std::array<bool, keys.size()> isFound{};
         json.readObject([&](std::u16string_view key) {
-            const auto isKey = [&](std::string_view expected) {
-                return std::equal(key.begin(), key.end(), expected.begin(), expected.end());
-            };
-            const auto position =
-                static_cast<std::size_t>(std::find_if(keys.begin(), keys.end(), isKey) - keys.begin());
+            const auto isKey = [&](std::string_view expected) { return std::ranges::equal(key, expected); };
+            const auto position = static_cast<std::size_t>(std::ranges::find_if(keys, isKey) - keys.begin());
             quint32 unused = 0;
             quint32 &identifier = position < keys.size() ? identifiers.at(position) : unused;
             // What is no number reads as 0 here, other than in the records.
@@ -100,15 +97,6 @@ template <class Record>
         });
         return std::ranges::all_of(isFound, std::identity()) ? Result::Success : Result::InvalidRequest;
     });
-}
-
-/// As a delete request, with the key of the event's identifier.
-[[nodiscard]] inline Result parseRemoveAffectEvent(std::u16string_view text, quint32 &id)
-{
-    Identifiers<Event> identifiers{};
-    const Result result = parseDelete<Event>(text, identifiers);
-    id = identifiers.front();
-    return result;
 }
 
 } // namespace tarnelLib::controller

@@ -41,14 +41,14 @@ bool EventDispatcher::fireTimers()
     std::vector<int> due;
     for (const Timer &timer : m_timers) {
         if (timer.due <= now)
-            due.push_back(timer.id);
+            due.push_back(timer.info.timerId);
     }
     for (const int id : due) {
-        const auto timer =
-            std::find_if(m_timers.begin(), m_timers.end(), [id](const Timer &other) { return other.id == id; });
+        const auto timer = std::find_if(m_timers.begin(), m_timers.end(),
+                                        [id](const Timer &other) { return other.info.timerId == id; });
         if (timer == m_timers.end())
             continue;
-        timer->due = now + timer->interval;
+        timer->due = now + std::chrono::milliseconds(timer->info.interval);
         QTimerEvent event(id);
         QCoreApplication::sendEvent(timer->object, &event);
     }
@@ -57,13 +57,12 @@ bool EventDispatcher::fireTimers()
 
 void EventDispatcher::registerTimer(int id, int interval, Qt::TimerType type, QObject *object)
 {
-    const std::chrono::milliseconds length(interval);
-    m_timers.push_back({id, length, type, object, Clock::now() + length});
+    m_timers.push_back({{id, interval, type}, object, Clock::now() + std::chrono::milliseconds(interval)});
 }
 
 bool EventDispatcher::unregisterTimer(int id)
 {
-    return std::erase_if(m_timers, [id](const Timer &timer) { return timer.id == id; }) != 0;
+    return std::erase_if(m_timers, [id](const Timer &timer) { return timer.info.timerId == id; }) != 0;
 }
 
 bool EventDispatcher::unregisterTimers(QObject *object)
@@ -76,7 +75,7 @@ QList<QAbstractEventDispatcher::TimerInfo> EventDispatcher::registeredTimers(QOb
     QList<TimerInfo> timers;
     for (const Timer &timer : m_timers) {
         if (timer.object == object)
-            timers.append(TimerInfo(timer.id, static_cast<int>(timer.interval.count()), timer.type));
+            timers.append(timer.info);
     }
     return timers;
 }
@@ -84,7 +83,7 @@ QList<QAbstractEventDispatcher::TimerInfo> EventDispatcher::registeredTimers(QOb
 int EventDispatcher::remainingTime(int id)
 {
     for (const Timer &timer : m_timers) {
-        if (timer.id == id) {
+        if (timer.info.timerId == id) {
             const auto left = std::chrono::ceil<std::chrono::milliseconds>(timer.due - Clock::now());
             return static_cast<int>(std::max(left, std::chrono::milliseconds::zero()).count());
         }
@@ -97,11 +96,6 @@ void EventDispatcher::wakeUp()
     const std::lock_guard lock(m_mutex);
     m_isWoken = true;
     m_wake.notify_one();
-}
-
-void EventDispatcher::interrupt()
-{
-    wakeUp();
 }
 
 } // namespace tarnelLib::runtime

@@ -34,14 +34,12 @@ public:
     void unregisterSocketNotifier(QSocketNotifier *) override {}
 
     void wakeUp() override;
-    void interrupt() override;
+    void interrupt() override { wakeUp(); }
     void flush() override {}
 
 private:
     struct Timer {
-        int id;
-        std::chrono::milliseconds interval;
-        Qt::TimerType type;
+        TimerInfo info;
         QObject *object;
         Clock::time_point due;
     };

@@ -1,6 +1,5 @@
 #include "runtime/lifecycle.h"
 
-#include "runtime/cacheaccess.h"
 #include "runtime/eventdispatcher.h"
 
 #include <QCoreApplication>
@@ -23,10 +22,10 @@ using controller::Controller;
 
 /// One call of `launchCache`.
 struct Launch {
-    quint64 number = 0;         ///< Tells launches apart: a later one is likely to have the same address.
     QEventLoop *loop = nullptr; ///< Set while an event loop runs, or is about to.
     bool isExitRequested = false;
-    unsigned int calls = 0; ///< In progress.
+    unsigned int calls = 0;                 ///< In progress.
+    std::unique_ptr<Controller> controller; ///< From the time the database is connected.
 };
 
 namespace {
@@ -41,16 +40,8 @@ struct Cache {
     std::mutex mutex;
     std::condition_variable launchChanged;
     std::condition_variable callsEnded;
-    Launch *running = nullptr; ///< The launch that has the application object and the database.
-    Launch *newest = nullptr;  ///< That one, or one that waits for it to end.
-    quint64 launchCount = 0;
-    std::unique_ptr<Controller> cacheController; ///< The running launch's.
-
-    /// The controller, for as long as its launch is not on its way out: a busy client must not hold up the exit.
-    [[nodiscard]] Controller *availableController() const
-    {
-        return running != nullptr && !running->isExitRequested ? cacheController.get() : nullptr;
-    }
+    std::shared_ptr<Launch> running; ///< The launch that has the application object and the database.
+    std::shared_ptr<Launch> newest;  ///< That one, or one that waits for it to end.
 };
 
 /// Set in a process that was forked off while a cache was running: the file and the threads are the parent's.
@@ -77,20 +68,17 @@ Cache &cache()
     return *sharedCache;
 }
 
-/// Destroys the controller when the calls in progress have ended, unless it is that of a later launch already.
-void destroyController(quint64 launchNumber)
+/// Destroys the launch's controller when the calls in progress have ended.
+void destroyController(Launch &launch, std::unique_lock<std::mutex> &lock)
 {
-    std::unique_lock lock(cache().mutex);
-    const auto isRunning = [&] { return cache().running != nullptr && cache().running->number == launchNumber; };
-    if (isRunning() && cache().cacheController)
-        cache().cacheController->close();
-    cache().callsEnded.wait(lock, [&] { return !isRunning() || cache().running->calls == 0; });
-    if (!isRunning() || !cache().cacheController)
+    if (launch.controller)
+        launch.controller->close();
+    cache().callsEnded.wait(lock, [&] { return launch.calls == 0; });
+    if (!launch.controller)
         return;
     // It counts as a call: the launch must not end before the file is closed.
-    Launch &launch = *cache().running;
     ++launch.calls;
-    std::unique_ptr<Controller> controller = std::move(cache().cacheController);
+    std::unique_ptr<Controller> controller = std::move(launch.controller);
     lock.unlock();
     controller.reset();
     lock.lock();
@@ -114,12 +102,6 @@ std::unique_ptr<QCoreApplication> makeApplication(int &argumentCount)
 // What crosses from one thread to another does so by name: a functor would be compiled here and counted in Qt, whose
 // atomics ThreadSanitizer does not see.
 
-/// Asks the launch's event loop to end. The wish is an event of that loop, so that it is not lost before the loop runs.
-void quit(QEventLoop &loop)
-{
-    QMetaObject::invokeMethod(&loop, "quit", Qt::QueuedConnection);
-}
-
 /// Connects to the database and runs an event loop until an exit is asked for.
 void runLaunch(Launch &launch)
 {
@@ -140,29 +122,26 @@ void runLaunch(Launch &launch)
         });
     });
 
-    auto controller = std::make_unique<Controller>();
-    QObject::connect(&controller->database(), SIGNAL(logGrew()), &foldTimer, SLOT(start()));
+    auto controller = std::make_unique<Controller>([&] { QMetaObject::invokeMethod(&foldTimer, "start"); });
     controller->connectToDatabase(QStringLiteral("CacheDb"));
     {
         const std::lock_guard lock(cache().mutex);
         if (launch.isExitRequested)
             return;
-        cache().cacheController = std::move(controller);
+        launch.controller = std::move(controller);
         launch.loop = &loop;
     }
     // Also when the client has quit Qt's loops without an exit.
     const auto withdraw = qScopeGuard([&] {
-        {
-            const std::lock_guard lock(cache().mutex);
-            launch.isExitRequested = true;
-            launch.loop = nullptr;
-        }
-        destroyController(launch.number);
+        std::unique_lock lock(cache().mutex);
+        launch.isExitRequested = true;
+        launch.loop = nullptr;
+        destroyController(launch, lock);
     });
-    const auto start = [] {
+    const auto start = [&] {
         const std::lock_guard lock(cache().mutex);
-        if (cache().cacheController)
-            cache().cacheController->onStart();
+        if (launch.controller)
+            launch.controller->onStart();
     };
     QMetaObject::invokeMethod(&loop, start, Qt::QueuedConnection);
     loop.exec();
@@ -170,41 +149,27 @@ void runLaunch(Launch &launch)
 
 /// Makes it the launch that runs, after an earlier one has ended. False if there is one that is not on its way out, or
 /// if an exit was asked for meanwhile.
-bool enter(Launch &launch)
+bool enter(const std::shared_ptr<Launch> &launch)
 {
     std::unique_lock lock(cache().mutex);
     if (cache().newest != nullptr && !cache().newest->isExitRequested)
         return false;
-    launch.number = ++cache().launchCount;
-    cache().newest = &launch;
-    cache().launchChanged.wait(lock, [&] { return cache().running == nullptr || launch.isExitRequested; });
-    if (!launch.isExitRequested) {
-        cache().running = &launch;
-        return true;
+    cache().newest = launch;
+    cache().launchChanged.wait(lock, [&] { return cache().running == nullptr || launch->isExitRequested; });
+    if (launch->isExitRequested)
+        return false;
+    cache().running = launch;
+    return true;
+}
+
+void leave(const std::shared_ptr<Launch> &launch)
+{
+    const std::lock_guard lock(cache().mutex);
+    for (auto *place : {&cache().running, &cache().newest}) {
+        if (*place == launch)
+            place->reset();
     }
-    if (cache().newest == &launch)
-        cache().newest = nullptr;
-    return false;
-}
-
-void leave(Launch &launch)
-{
-    const std::lock_guard lock(cache().mutex);
-    cache().running = nullptr;
-    if (cache().newest == &launch)
-        cache().newest = nullptr;
     cache().launchChanged.notify_all();
-}
-
-/// The controller, for questions that do not touch the database.
-template <class Question>
-unsigned int askController(unsigned int withoutCache, Question &&question)
-{
-    if (isForkedOff)
-        return withoutCache;
-    const std::lock_guard lock(cache().mutex);
-    const Controller *const controller = cache().availableController();
-    return controller != nullptr ? question(*controller) : withoutCache;
 }
 
 } // namespace
@@ -214,11 +179,13 @@ CacheAccess::CacheAccess()
     if (isForkedOff)
         return;
     const std::lock_guard lock(cache().mutex);
-    m_controller = cache().availableController();
-    if (m_controller != nullptr) {
-        m_launch = cache().running;
-        ++m_launch->calls;
-    }
+    Launch *const launch = cache().running.get();
+    // None when the launch is on its way out: a busy client must not hold up the exit.
+    if (launch == nullptr || launch->isExitRequested || !launch->controller)
+        return;
+    m_launch = launch;
+    m_controller = launch->controller.get();
+    ++launch->calls;
 }
 
 CacheAccess::~CacheAccess()
@@ -232,11 +199,13 @@ CacheAccess::~CacheAccess()
 
 void startCache() noexcept
 {
-    Launch launch;
-    if (isForkedOff || !enter(launch))
+    if (isForkedOff)
         return;
+    std::shared_ptr<Launch> launch;
     try {
-        runLaunch(launch);
+        launch = std::make_shared<Launch>();
+        if (enter(launch))
+            runLaunch(*launch);
     } catch (...) {
         qDebug("launch error");
     }
@@ -247,32 +216,16 @@ void stopCache() noexcept
 {
     if (isForkedOff)
         return;
-    quint64 runningNumber = 0;
-    {
-        const std::lock_guard lock(cache().mutex);
-        if (Launch *const launch = cache().newest; launch != nullptr && !launch->isExitRequested) {
-            launch->isExitRequested = true;
-            if (launch->loop != nullptr)
-                quit(*launch->loop);
-            cache().launchChanged.notify_all();
-        }
-        if (cache().running == nullptr)
-            return;
-        runningNumber = cache().running->number;
+    std::unique_lock lock(cache().mutex);
+    if (const auto &launch = cache().newest; launch != nullptr && !launch->isExitRequested) {
+        launch->isExitRequested = true;
+        // The wish is an event of the loop, so that it is not lost before the loop runs.
+        if (launch->loop != nullptr)
+            QMetaObject::invokeMethod(launch->loop, "quit", Qt::QueuedConnection);
+        cache().launchChanged.notify_all();
     }
-    destroyController(runningNumber);
-}
-
-unsigned int state()
-{
-    return askController(TARNEL_STATE_NONE, [](const Controller &controller) { return controller.getState(); });
-}
-
-unsigned int launchResult()
-{
-    return askController(TARNEL_NOT_AVAILABLE, [](const Controller &controller) {
-        return static_cast<unsigned int>(controller.getConnectToDatabaseResult());
-    });
+    if (const std::shared_ptr<Launch> launch = cache().running)
+        destroyController(*launch, lock);
 }
 
 } // namespace tarnelLib::runtime

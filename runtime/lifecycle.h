@@ -1,6 +1,10 @@
 #pragma once
 
-/// The cache from its launch to its exit.
+#include "controller/controller.h"
+
+#include <new>
+
+/// The cache from its launch to its exit, and the calls in between.
 namespace tarnelLib::runtime {
 
 /// Connects to the database and runs an event loop on this thread until an exit is asked for. Returns at once if a
@@ -10,9 +14,40 @@ void startCache() noexcept;
 /// Asks the running launch to end, waits for the calls in progress and closes the file.
 void stopCache() noexcept;
 
-// These never wait for a call.
+struct Launch;
 
-[[nodiscard]] unsigned int state();
-[[nodiscard]] unsigned int launchResult();
+/// A call in progress, which an exit waits for. It has the controller of the running cache: null if no cache is
+/// running, or if it runs in the process that this one was forked from.
+class CacheAccess
+{
+public:
+    CacheAccess();
+    CacheAccess(const CacheAccess &) = delete;
+    CacheAccess &operator=(const CacheAccess &) = delete;
+    ~CacheAccess();
+
+    [[nodiscard]] controller::Controller *controller() const { return m_controller; }
+
+private:
+    Launch *m_launch = nullptr;
+    controller::Controller *m_controller = nullptr;
+};
+
+/// The one way into the library for a call: refuses it when no cache is running, and lets no exception out.
+template <class Operation>
+unsigned int withController(Operation &&operation) noexcept
+{
+    Result result = Result::NotAvailable;
+    try {
+        const CacheAccess access;
+        if (controller::Controller *controller = access.controller())
+            result = operation(*controller);
+    } catch (const std::bad_alloc &) {
+        result = Result::AllocationFailed;
+    } catch (...) {
+        result = Result::NotAvailable; // The cache is being exited, and the call got no connection any more.
+    }
+    return static_cast<unsigned int>(result);
+}
 
 } // namespace tarnelLib::runtime

@@ -11,6 +11,14 @@ namespace {
 /// Keeps the lines of one failure together. A client's message handler may call the library from within one.
 std::recursive_mutex logMutex;
 
+/// Whether the file has been moved or deleted since it was opened: what is written to it then, nobody will find.
+bool isFileGone(sqlite3 *connection)
+{
+    int hasMoved = 0;
+    return connection != nullptr &&
+           sqlite3_file_control(connection, nullptr, SQLITE_FCNTL_HAS_MOVED, &hasMoved) == SQLITE_OK && hasMoved != 0;
+}
+
 } // namespace
 
 int Connection::openForReading(const char *path)
@@ -33,17 +41,44 @@ void Connection::configure()
     sqlite3_busy_timeout(connection(), busyTimeoutMs);
 }
 
-bool Connection::readExists(Query &&query, bool &isExists, const char *message)
-{
-    isExists = false;
-    return readFirst(std::move(query), message, [&](const Statement &) { isExists = true; });
-}
-
 bool Connection::enter(const char *message, const char *kind)
 {
     m_message = message;
     m_kind = kind;
-    return !m_transaction || m_transaction->begin() || fail(m_transaction->failure());
+    return !m_purpose || m_hasBegun || begin();
+}
+
+bool Connection::begin()
+{
+    if (m_purpose == For::Writing && isFileGone(connection()))
+        return fail(
+            {SQLITE_READONLY_DBMOVED, QStringLiteral("the database file was moved or deleted while it was open")});
+    // What undoes the transaction is prepared first: later there may be no memory for it.
+    prepareText("ROLLBACK");
+    m_hasBegun = execute("BEGIN");
+    return m_hasBegun;
+}
+
+bool Connection::commit()
+{
+    if (m_hasBegun && !execute("COMMIT"))
+        return false;
+    m_hasBegun = false;
+    return true;
+}
+
+void Connection::endTransaction()
+{
+    m_purpose.reset();
+    // Some failures have made SQLite undo the transaction already.
+    if (std::exchange(m_hasBegun, false) && sqlite3_get_autocommit(connection()) == 0)
+        static_cast<void>(prepareText("ROLLBACK")->step());
+}
+
+bool Connection::execute(const char *sql)
+{
+    const Query query = prepareText(sql);
+    return isDone(query->step(), *query);
 }
 
 bool Connection::isDone(Statement::Step step, const Statement &statement)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "storage/transaction.h"
+#include "storage/querypreparer.h"
 
 #include <QScopeGuard>
 
@@ -19,14 +19,14 @@ public:
     Connection &operator=(const Connection &) = delete;
     ~Connection() { sqlite3_close_v2(m_own); }
 
-    /// Opens a connection of its own, which cannot write, to a file that another one holds open; gives SQLite's code.
+    /// Opens a read-only connection to a file that another connection holds open; returns SQLite's result code.
     [[nodiscard]] int openForReading(const char *path);
 
     /// Carries out reads of which all see one state of the file.
     template <class Steps>
     [[nodiscard]] bool inSnapshot(Steps &&steps)
     {
-        return inTransaction(Transaction::For::Reading, steps);
+        return inTransaction(For::Reading, steps);
     }
 
     /// Calls `visit` with each row.
@@ -60,7 +60,7 @@ public:
     [[nodiscard]] bool readAll(Query &&query, Structures<Record> &found, const char *message)
     {
         return readEach(std::move(query), message,
-                        [&](const Statement &row) { RowReader::read<Record>(row, found.append()); });
+                        [&](const Statement &row) { readRecord<Record>(row, found.append()); });
     }
 
     /// Finds nothing if there is no row.
@@ -68,10 +68,14 @@ public:
     [[nodiscard]] bool readOne(Query &&query, Structures<Record> &found, const char *message)
     {
         return readFirst(std::move(query), message,
-                         [&](const Statement &row) { RowReader::read<Record>(row, found.append()); });
+                         [&](const Statement &row) { readRecord<Record>(row, found.append()); });
     }
 
-    [[nodiscard]] bool readExists(Query &&query, bool &isExists, const char *message);
+    [[nodiscard]] bool readExists(Query &&query, bool &isExists, const char *message)
+    {
+        isExists = false;
+        return readFirst(std::move(query), message, [&](const Statement &) { isExists = true; });
+    }
 
     /// Begins a step, and with the first one the transaction around it. The message and the kind of step are what a
     /// failure is logged with; without a message it is the kind alone.
@@ -90,17 +94,29 @@ protected:
     /// Sets what every connection needs: how long it waits for a lock, and how much of the file it keeps in memory.
     void configure();
 
+    enum class For { Reading, Writing };
+
+    /// Carries out steps in a transaction, which begins with the first of them and is undone unless all succeed. Steps
+    /// within steps belong to the transaction around them.
     template <class Steps>
-    [[nodiscard]] bool inTransaction(Transaction::For purpose, Steps &&steps)
+    [[nodiscard]] bool inTransaction(For purpose, Steps &&steps)
     {
-        m_transaction.emplace(*this, purpose);
-        const auto end = qScopeGuard([this] { m_transaction.reset(); });
-        return steps() && (m_transaction->commit() || fail(m_transaction->failure()));
+        if (m_purpose)
+            return steps();
+        m_purpose = purpose;
+        const auto end = qScopeGuard([this] { endTransaction(); });
+        return steps() && commit();
     }
 
 private:
-    sqlite3 *m_own = nullptr; ///< Goes when the last of its statements has gone.
-    std::optional<Transaction> m_transaction;
+    bool begin();
+    bool commit();
+    void endTransaction();
+    bool execute(const char *sql);
+
+    sqlite3 *m_own = nullptr;     ///< Goes when the last of its statements has gone.
+    std::optional<For> m_purpose; ///< Of the transaction that the next step belongs to.
+    bool m_hasBegun = false;
     const char *m_message = nullptr;
     const char *m_kind = nullptr;
     bool m_hasMetCircumstance = false;

@@ -50,10 +50,8 @@ Query prepareProbe(Connection &reader)
     if constexpr (std::is_same_v<Record, Event>)
         return Table<Event>::prepareGetById(reader, 0);
     else if constexpr (std::is_same_v<Record, DeviceUserSectionLink>)
-        return reader.prepare([] {
-            return std::string("SELECT * FROM ").append(Schema<Record>::table) +
-                   sql::where(QueryPreparer::firstColumns<Record>(2));
-        });
+        return reader.prepareFor<Record>(std::array{0U, 0U},
+                                         [] { return std::string("SELECT * FROM ").append(Schema<Record>::table); });
     else
         return reader.prepareGet<Record>(Identifiers<Record>{});
 }
@@ -62,13 +60,7 @@ Query prepareProbe(Connection &reader)
 template <class... Records>
 bool clear(WriteConnection &writer)
 {
-    return (writer.run(writer.prepareClear<Records>(), std::get<KindTable<Records>>(tables).clearMessage) && ...);
-}
-
-bool clearTablesExceptEvents(WriteConnection &writer)
-{
-    return clear<User, Domain, Organization, Locale, Person, Contractor, Contract, Zone, Section, DeviceUser,
-                 DeviceUserSectionLink, Device, Location, Site>(writer);
+    return (writer.remove<Records>({}, std::get<KindTable<Records>>(tables).clearMessage) && ...);
 }
 
 Query prepareSet(Connection &reader, const char *sql, std::u16string_view value)
@@ -83,7 +75,7 @@ Query prepareSet(Connection &reader, const char *sql, std::u16string_view value)
 bool Database::createTables(WriteConnection &writer)
 {
     const auto create = [&]<class Record>(const KindTable<Record> &table) {
-        return writer.run(writer.prepareCreateTable<Record>(), table.createMessage);
+        return writer.run(writer.prepare([] { return sql::createTable(modelFields<Record>); }), table.createMessage);
     };
     return writer.inTransaction([&] {
         return std::apply([&](const auto &...table) { return (create(table) && ...); }, tables) &&
@@ -131,12 +123,15 @@ bool Database::getServerIp(Connection &reader, std::optional<Text> &address)
 
 bool Database::clearAllExceptEvents(WriteConnection &writer)
 {
-    return writer.inTransaction([&] { return clearTablesExceptEvents(writer); });
+    return writer.inTransaction([&] {
+        return clear<User, Domain, Organization, Locale, Person, Contractor, Contract, Zone, Section, DeviceUser,
+                     DeviceUserSectionLink, Device, Location, Site>(writer);
+    });
 }
 
 bool Database::clearAll(WriteConnection &writer)
 {
-    return writer.inTransaction([&] { return clearTablesExceptEvents(writer) && clear<Event>(writer); });
+    return writer.inTransaction([&] { return clearAllExceptEvents(writer) && clear<Event>(writer); });
 }
 
 } // namespace tarnelLib::controller

@@ -8,7 +8,7 @@
 /// it while a connection of this process lives: closing it again would drop that connection's locks.
 namespace tarnelLib::controller::file {
 
-/// Whether there is certainly no file. One that cannot be looked at may well be there.
+/// True if there is certainly no file; one that cannot be looked at may be there.
 [[nodiscard]] bool isMissing(const QString &path);
 
 /// Makes the empty file, where there is none; a failure has logged the reason and leaves nothing behind.
@@ -20,8 +20,8 @@ namespace tarnelLib::controller::file {
 /// The system's error number for a file that Qt's driver could not open; 0 if there is none, or if it opens by now.
 [[nodiscard]] int openingError(const QString &path);
 
-/// Whether a file that could not be opened, with the system's error number, never can be as it is: its own mode forbids
-/// reading it, or it is a socket.
+/// True if the file can never be opened as it is: its mode forbids reading it, or it is a socket. `systemError` is why
+/// it could not be opened.
 [[nodiscard]] bool isUnopenable(const QString &path, int systemError);
 
 /// Logs why there is no database to work with; the system's error number may be 0.

@@ -86,28 +86,32 @@ bool Table<Device>::readParts(Connection &reader, std::span<api::Device> devices
         return isRead;
     };
     const auto addSection = [](const Statement &row, api::Device &device) {
-        RowReader::read<Section>(row, appendPart(device.sections, device.sectionsCount));
+        readRecord<Section>(row, appendPart(device.sections, device.sectionsCount));
     };
-    const auto sortSections = [](api::Device &device) { sortParts(sectionsOf(device), &api::Section::id); };
+    const auto sortSections = [](api::Device &device) {
+        sortParts(device.sections, device.sectionsCount, &api::Section::id);
+    };
     const auto addZone = [](const Statement &row, api::Device &device) {
-        if (api::Section *owner = findPart(sectionsOf(device), row, 1))
-            RowReader::read<Zone>(row, appendPart(owner->zones, owner->zonesCount));
+        if (api::Section *owner = findPart(device.sections, device.sectionsCount, row))
+            readRecord<Zone>(row, appendPart(owner->zones, owner->zonesCount));
     };
     const auto sortZones = [](api::Device &device) {
-        for (api::Section &section : sectionsOf(device))
-            sortParts(zonesOf(section), &api::Zone::id);
+        for (const api::Section &section : std::span(device.sections, device.sectionsCount))
+            sortParts(section.zones, section.zonesCount, &api::Zone::id);
     };
     const auto addUser = [](const Statement &row, api::Device &device) {
-        RowReader::read<DeviceUser>(row, appendPart(device.deviceUsers, device.deviceUsersCount));
+        readRecord<DeviceUser>(row, appendPart(device.deviceUsers, device.deviceUsersCount));
     };
-    const auto sortUsers = [](api::Device &device) { sortParts(usersOf(device), &api::DeviceUser::id); };
+    const auto sortUsers = [](api::Device &device) {
+        sortParts(device.deviceUsers, device.deviceUsersCount, &api::DeviceUser::id);
+    };
     const auto addLink = [](const Statement &row, api::Device &device) {
-        if (api::DeviceUser *owner = findPart(usersOf(device), row, 1))
+        if (api::DeviceUser *owner = findPart(device.deviceUsers, device.deviceUsersCount, row))
             row.read(2, appendPart(owner->sections, owner->sectionsCount));
     };
     const auto sortLinks = [](api::Device &device) {
-        for (api::DeviceUser &user : usersOf(device))
-            sortParts(std::span(user.sections, user.sectionsCount), std::identity());
+        for (const api::DeviceUser &user : std::span(device.deviceUsers, device.deviceUsersCount))
+            sortParts(user.sections, user.sectionsCount, std::identity());
     };
     return read.template operator()<Section>("get sections for device error", addSection, sortSections) &&
            read.template operator()<Zone>("get zones for device section error", addZone, sortZones) &&
@@ -120,9 +124,8 @@ template <>
 bool Table<Device>::updateSteps(WriteConnection &writer, const Device &device, const ParentIds<Device> &)
 {
     Query query = writer.prepare([] {
-        return std::string("UPDATE ").append(Schema<Device>::table) + " SET " +
-               TableModel<Device>::column(&Device::configVersion).column() + " = ?" +
-               sql::where(QueryPreparer::firstColumns<Device>(1));
+        return std::string("UPDATE ").append(Schema<Device>::table) + " SET " + columnOf(&Device::configVersion) +
+               " = ?" + sql::where(firstColumns<Device>(1));
     });
     query->bindAll(device.configVersion, device.id);
     return writer.run(std::move(query), messages.update);

@@ -7,33 +7,18 @@ namespace tarnelLib::controller {
 
 namespace {
 
-using Model = TableModel<Event>;
-
-template <class Record, class Member>
-std::string columnOf(Member Record::*member)
-{
-    return TableModel<Record>::column(member).column();
-}
-
 /// The select of events with the names that they borrow. An inner join leaves out the events of unknown devices.
 std::string selectEvents(sql::JoinKind deviceJoin)
 {
     const std::string device = columnOf(&Event::deviceId);
     const std::string section = columnOf(&Event::sectionId);
-    const auto equals = [](const std::string &column, const ModelField &other) {
-        return column + " = " + other.column();
-    };
-    const auto &sections = TableModel<Section>::fields;
-    const auto &zones = TableModel<Zone>::fields;
-    sql::Selection selection = SelectionBuilder::of<Event>();
-    const auto table = [](std::string_view name) { return std::string(name); };
+    sql::Selection selection = selectionOf<Event>();
     selection.joins = {
-        {table(Schema<Device>::table), equals(device, TableModel<Device>::column(&Device::id)), deviceJoin},
-        {table(Schema<Section>::table), equals(device, sections[0]) + " AND " + equals(section, sections[1])},
-        {table(Schema<Zone>::table), equals(device, zones[0]) + " AND " + equals(section, zones[1]) + " AND " +
-                                         equals(columnOf(&Event::zoneId), zones[2])},
-        {table(Schema<User>::table), equals(columnOf(&Event::userId), TableModel<User>::column(&User::id))},
-        {table(Schema<Domain>::table), equals(columnOf(&User::domainId), TableModel<Domain>::column(&Domain::id))},
+        sql::joinOf(modelFields<Device>, {device}, deviceJoin),
+        sql::joinOf(modelFields<Section>, {device, section}),
+        sql::joinOf(modelFields<Zone>, {device, section, columnOf(&Event::zoneId)}),
+        sql::joinOf(modelFields<User>, {columnOf(&Event::userId)}),
+        sql::joinOf(modelFields<Domain>, {columnOf(&User::domainId)}),
     };
     return sql::select(selection);
 }
@@ -41,13 +26,13 @@ std::string selectEvents(sql::JoinKind deviceJoin)
 /// The select of events without what they borrow, which `EventNames` lends them.
 std::string selectBareEvents()
 {
-    sql::Selection selection = SelectionBuilder::of<Event>();
-    std::fill(selection.columns.begin() + Model::fields.size(), selection.columns.end(), "NULL");
+    sql::Selection selection = selectionOf<Event>();
+    std::fill(selection.columns.begin() + modelFields<Event>.size(), selection.columns.end(), "NULL");
     return sql::select(selection);
 }
 
-/// From this many events on their names are looked up instead of joined: of 1,000 devices' events, 1,000 take 1.2 times
-/// as long that way, 10,000 take 0.75 times as long, and 100,000 take 0.55 times.
+/// From this many events on their names are looked up instead of joined: of 1,000 devices' events, 1,000 take 1.2
+/// times as long that way, 10,000 take 0.75 times as long, and 100,000 take 0.55 times.
 constexpr quint32 manyEvents = 2000;
 
 /// Whether SQLite gives a text back as it was given. It keeps UTF-8, which knows no unpaired surrogates, takes a
@@ -107,8 +92,8 @@ Query prepareInRange(Connection &reader, InRange version, Numbers range)
         [version] {
             const std::string condition = " WHERE " + columnOf(&Event::time) + " BETWEEN ? AND ?";
             if (version == InRange::Count)
-                return "SELECT count(*) FROM (SELECT 1 FROM " + std::string(Model::table) + condition + " LIMIT " +
-                       std::to_string(manyEvents) + ")";
+                return "SELECT count(*) FROM (SELECT 1 FROM " + std::string(Schema<Event>::table) + condition +
+                       " LIMIT " + std::to_string(manyEvents) + ")";
             return (version == InRange::WithNames ? selectEvents(sql::JoinKind::Inner) : selectBareEvents()) +
                    condition;
         },
@@ -129,7 +114,7 @@ bool readInRange(Connection &reader, Structures<Event> &found, Numbers range)
     EventNames names(reader);
     const bool isRead =
         reader.readEach(prepareInRange(reader, InRange::Bare, range), message, [&](const Statement &row) {
-            RowReader::read<Event>(row, found.append());
+            readRecord<Event>(row, found.append());
             if (!names.lendTo(found.all().back()))
                 found.removeLast();
         });
@@ -143,11 +128,15 @@ bool readOne(Connection &reader, Structures<Event> &found, quint32 id)
 
 bool insert(WriteConnection &writer, std::span<const Event> events)
 {
-    return insertAll(writer, events, "add events error") && writer.run(writer.prepare([] {
-        const std::string column = columnOf(&Event::time);
-        return "CREATE INDEX IF NOT EXISTS " + column + "Index ON " + std::string(Model::table) + " (" + column + ")";
-    }),
-                                                                       "Create Events Time Index error");
+    const auto prepareIndex = [&] {
+        return writer.prepare([] {
+            const std::string time = columnOf(&Event::time);
+            const std::string table(Schema<Event>::table);
+            return "CREATE INDEX IF NOT EXISTS " + time + "Index ON " + table + " (" + time + ")";
+        });
+    };
+    return insertAll(writer, events, "add events error") &&
+           writer.run(prepareIndex(), "Create Events Time Index error");
 }
 
 /// Makes of events, which hold what is stored, what a read by their identifiers would give.
@@ -206,9 +195,7 @@ bool Table<Event>::get(Connection &reader, Structures<Event> &found, Numbers ran
 
 Query Table<Event>::prepareGetById(Connection &reader, quint32 id)
 {
-    Query query = reader.prepare([] { return selectEvents(sql::JoinKind::Left) + sql::where({columnOf(&Event::id)}); });
-    query->bind(1, id);
-    return query;
+    return reader.prepareFor<Event>({&id, 1}, [] { return selectEvents(sql::JoinKind::Left); });
 }
 
 bool Table<Event>::isExists(Connection &reader, bool &isExists, Numbers identifiers)
@@ -219,11 +206,9 @@ bool Table<Event>::isExists(Connection &reader, bool &isExists, Numbers identifi
 bool Table<Event>::removeAffectFlag(WriteConnection &writer, quint32 id, Structures<Event> &stored)
 {
     return writer.inTransaction([&] {
-        Query query = writer.prepare([] {
-            return "UPDATE " + std::string(Model::table) + " SET " + columnOf(&Event::affect) + " = 0" +
-                   sql::where({columnOf(&Event::id)});
+        Query query = writer.prepareFor<Event>({&id, 1}, [] {
+            return "UPDATE " + std::string(Schema<Event>::table) + " SET " + columnOf(&Event::affect) + " = 0";
         });
-        query->bind(1, id);
         return writer.run(std::move(query), "remove affect flag error") && readOne(writer, stored, id);
     });
 }
@@ -232,7 +217,7 @@ bool Table<Event>::clearBeforeDateExceptAffects(WriteConnection &writer, quint32
 {
     return writer.inTransaction([&] {
         Query query = writer.prepare([] {
-            return sql::deleteFrom(Model::table) + " WHERE " + columnOf(&Event::time) + " <= ? AND " +
+            return sql::deleteFrom(Schema<Event>::table) + " WHERE " + columnOf(&Event::time) + " <= ? AND " +
                    columnOf(&Event::affect) + " = 0";
         });
         query->bind(1, date);

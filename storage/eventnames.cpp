@@ -6,35 +6,24 @@ namespace {
 
 /// The statement that reads one column of the row with the identifiers that the table begins with.
 template <class Record>
-Query prepareLookUp(QueryPreparer &preparer, const ModelField &column, std::size_t identifierCount,
+Query prepareLookUp(QueryPreparer &preparer, const std::string &column, std::size_t identifierCount,
                     const std::vector<sql::Join> &joins = {})
 {
-    return preparer.prepare(
-        [&] {
-            return sql::select({.table = Schema<Record>::table, .columns = {column.column()}, .joins = joins}) +
-                   sql::where(QueryPreparer::firstColumns<Record>(identifierCount));
-        },
-        0, &column);
-}
-
-std::vector<sql::Join> joinDomainOfUser()
-{
-    const std::string condition =
-        TableModel<User>::column(&User::domainId).column() + " = " + TableModel<Domain>::column(&Domain::id).column();
-    return {{std::string(Schema<Domain>::table), condition}};
+    return preparer.prepare([&] {
+        return sql::select({.table = Schema<Record>::table, .columns = {column}, .joins = joins}) +
+               sql::where(firstColumns<Record>(identifierCount));
+    });
 }
 
 } // namespace
 
 EventNames::EventNames(QueryPreparer &preparer)
-    : m_accounts{prepareLookUp<Device>(preparer, TableModel<Device>::column(&Device::account), 1),
-                 decltype(m_accounts.rows)(&m_memory)},
-      m_sections{prepareLookUp<Section>(preparer, TableModel<Section>::column(&Section::name), 2),
-                 decltype(m_sections.rows)(&m_memory)},
-      m_zones{prepareLookUp<Zone>(preparer, TableModel<Zone>::column(&Zone::name), 3),
-              decltype(m_zones.rows)(&m_memory)},
-      m_domains{prepareLookUp<User>(preparer, TableModel<Domain>::column(&Domain::name), 1, joinDomainOfUser()),
-                decltype(m_domains.rows)(&m_memory)}
+    : m_accounts(prepareLookUp<Device>(preparer, columnOf(&Device::account), 1), m_memory),
+      m_sections(prepareLookUp<Section>(preparer, columnOf(&Section::name), 2), m_memory),
+      m_zones(prepareLookUp<Zone>(preparer, columnOf(&Zone::name), 3), m_memory),
+      m_domains(prepareLookUp<User>(preparer, columnOf(&Domain::name), 1,
+                                    {sql::joinOf(modelFields<Domain>, {columnOf(&User::domainId)})}),
+                m_memory)
 {
     for (const Query *query : {&m_accounts.query, &m_sections.query, &m_zones.query, &m_domains.query}) {
         if (!(*query)->isPrepared())

@@ -44,6 +44,8 @@ private:
             std::optional<Value> value;
         };
 
+        Known(Query &&lookUp, std::pmr::memory_resource &memory) : query(std::move(lookUp)), rows(&memory) {}
+
         Query query;
         std::pmr::unordered_map<Identifiers, Row, Hash> rows;
     };

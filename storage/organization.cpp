@@ -36,14 +36,11 @@ bool Table<Organization>::updateSteps(WriteConnection &writer, const Organizatio
 template <>
 bool Table<Organization>::removeSteps(WriteConnection &writer, Numbers identifiers)
 {
-    using Model = TableModel<Organization>;
     const auto prepareDeleteContact = [&] {
         Query query = writer.prepare([] {
-            const std::vector<std::string> contact = {Model::column(&Organization::contact).column()};
-            return sql::deleteFrom(Schema<Person>::table) + " WHERE " +
-                   TableModel<Person>::column(&Person::id).column() + " = (" +
-                   sql::select({.table = Model::table, .columns = contact, .joins = {}}) +
-                   sql::where(QueryPreparer::firstColumns<Organization>(1)) + ")";
+            return sql::deleteFrom(Schema<Person>::table) + " WHERE " + columnOf(&Person::id) + " = (" +
+                   sql::select({.table = Schema<Organization>::table, .columns = {columnOf(&Organization::contact)}}) +
+                   sql::where(firstColumns<Organization>(1)) + ")";
         });
         query->bindNumbers(identifiers);
         return query;

@@ -5,8 +5,8 @@
 
 #include <algorithm>
 
-/// For those who put the rows of parts under the structures that own them. SQLite yields rows in whatever order suits
-/// its plan, and that changes with the statistics which any tool may leave in the file.
+/// Puts the rows of parts under the structures that own them. SQLite yields rows in whatever order suits its plan,
+/// which changes with the statistics that any tool may leave in the file.
 namespace tarnelLib::controller {
 
 /// Finds structures of one read by their identifiers.
@@ -49,35 +49,23 @@ private:
     Api *m_last = nullptr;       ///< The one that was found last.
 };
 
-/// The part of a sorted list that a row of its own parts names in a column; null if it is not there.
+/// The part of a sorted list that a row of its own parts names in its second column; null if it is not there.
 template <class Part>
-Part *findPart(std::span<Part> parts, const Statement &row, int column)
+Part *findPart(Part *first, unsigned int count, const Statement &row)
 {
     quint32 id = 0;
-    row.read(column, id);
-    const auto part = std::ranges::lower_bound(parts, id, {}, &Part::id);
-    return part != parts.end() && part->id == id ? &*part : nullptr;
+    row.read(1, id);
+    Part *const end = first + count;
+    Part *const part = std::ranges::lower_bound(first, end, id, {}, &Part::id);
+    return part != end && part->id == id ? part : nullptr;
 }
 
 /// Clients get parts in the order of their identifiers, which they mostly have.
 template <class Part, class Identifier>
-void sortParts(std::span<Part> parts, Identifier identifier)
+void sortParts(Part *first, unsigned int count, Identifier identifier)
 {
-    if (!std::ranges::is_sorted(parts, {}, identifier))
-        std::ranges::sort(parts, {}, identifier);
-}
-
-inline std::span<api::Section> sectionsOf(api::Device &device)
-{
-    return {device.sections, device.sectionsCount};
-}
-inline std::span<api::DeviceUser> usersOf(api::Device &device)
-{
-    return {device.deviceUsers, device.deviceUsersCount};
-}
-inline std::span<api::Zone> zonesOf(api::Section &section)
-{
-    return {section.zones, section.zonesCount};
+    if (!std::ranges::is_sorted(first, first + count, {}, identifier))
+        std::ranges::sort(first, first + count, {}, identifier);
 }
 
 } // namespace tarnelLib::controller

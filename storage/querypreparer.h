@@ -1,6 +1,6 @@
 #pragma once
 
-#include "storage/rowreader.h"
+#include "storage/selection.h"
 
 #include <map>
 
@@ -8,17 +8,6 @@ namespace tarnelLib::controller {
 
 /// Identifiers in the order of a table's first columns: those of enclosing records, then the record's own.
 using Numbers = std::span<const quint32>;
-
-/// A record's table as it is created.
-template <class Record>
-sql::Table tableOf()
-{
-    sql::Table table{.name = Schema<Record>::table, .columns = {}};
-    forEachColumn<Record>([&](const auto &row) {
-        table.columns.push_back({TableModel<Record>::columnOf(row), row.sqlType, row.isPrimaryKey});
-    });
-    return table;
-}
 
 /// Prepares every statement of one connection once, and binds what a use of it needs.
 ///
@@ -28,7 +17,11 @@ class QueryPreparer
 {
 public:
     /// Starts with a connection; the statements of an earlier one are finalized.
-    void attach(sqlite3 *connection);
+    void attach(sqlite3 *connection)
+    {
+        m_statements.clear();
+        m_connection = connection;
+    }
 
     /// Finalizes every statement, which must happen before the connection is closed.
     void detach() { attach(nullptr); }
@@ -41,10 +34,10 @@ public:
     Query prepare(Compose &&compose, std::size_t number = 0, const void *name = nullptr)
     {
         static const char place = 0;
-        Statement &statement = kept({&place, name, number});
+        Statement &statement = m_statements[Key(&place, name, number)];
         if (!statement.isPrepared())
             statement.prepare(m_connection, compose());
-        return Query(statement);
+        return Query(&statement);
     }
 
     /// A statement that is always the same.
@@ -53,23 +46,21 @@ public:
         return prepare([sql] { return sql; }, 0, sql);
     }
 
-    template <class Record>
-    Query prepareCreateTable()
+    /// A statement about the records that share the identifiers; `compose` gives its text up to that condition.
+    template <class Record, class Compose>
+    Query prepareFor(Numbers identifiers, Compose &&compose)
     {
-        return prepare([] { return sql::createTable(tableOf<Record>()); });
-    }
-
-    template <class Record>
-    Query prepareClear()
-    {
-        return prepare([] { return sql::deleteFrom(Schema<Record>::table); });
+        Query query = prepare([&] { return compose() + sql::where(firstColumns<Record>(identifiers.size())); },
+                              identifiers.size());
+        query->bindNumbers(identifiers);
+        return query;
     }
 
     /// An insert of `records` records, to be filled with `bindRecord`. A stored row is replaced whole.
     template <class Record>
     Query prepareAdd(std::size_t records)
     {
-        return prepare([records] { return sql::insertOrReplace(tableOf<Record>(), records); }, records);
+        return prepare([records] { return sql::insertOrReplace(modelFields<Record>, records); }, records);
     }
 
     /// Binds a record's columns from a position on; returns the one behind them.
@@ -93,7 +84,7 @@ public:
     template <class Record>
     Query prepareAddOrUpdate(const Record &record, const ParentIds<Record> &parents)
     {
-        Query query = prepare([] { return sql::upsert(tableOf<Record>()); });
+        Query query = prepare([] { return sql::upsert(modelFields<Record>); });
         const int maskPosition = bindRecord(*query, 1, record, parents);
         quint64 present = 0;
         quint64 bit = 1;
@@ -111,14 +102,7 @@ public:
     template <class Record>
     Query prepareGet(Numbers identifiers = {})
     {
-        Query query = prepare(
-            [&] {
-                return sql::select(SelectionBuilder::of<Record>()) +
-                       sql::where(firstColumns<Record>(identifiers.size()));
-            },
-            identifiers.size());
-        query->bindNumbers(identifiers);
-        return query;
+        return prepareFor<Record>(identifiers, [] { return sql::select(selectionOf<Record>()); });
     }
 
     /// The value is compared as text, which the column's affinity turns into a number where the column holds numbers.
@@ -127,9 +111,10 @@ public:
     {
         Query query = prepare(
             [&] {
-                std::vector<std::string> columns = firstColumns<Record>(parents.size());
-                columns.push_back(field.column());
-                return sql::select(SelectionBuilder::of<Record>()) + sql::where(columns);
+                const auto first = firstColumns<Record>(parents.size());
+                std::vector<ModelField> columns(first.begin(), first.end());
+                columns.push_back(field);
+                return sql::select(selectionOf<Record>()) + sql::where(columns);
             },
             parents.size(), &field);
         query->bindNumbers(parents);
@@ -145,8 +130,7 @@ public:
         if (identifiers.size() == 1)
             return prepareGet<Record>(identifiers);
         Query query = prepare([] {
-            return sql::select(SelectionBuilder::of<Record>()) +
-                   sql::whereIsListed(TableModel<Record>::fields.front().column());
+            return sql::select(selectionOf<Record>()) + sql::whereIsListed(modelFields<Record>.front().column());
         });
         query->bindList(1, identifiers);
         return query;
@@ -155,38 +139,12 @@ public:
     template <class Record>
     Query prepareIsExists(Numbers identifiers)
     {
-        Query query = prepare([&] {
-            const std::vector<std::string> columns = firstColumns<Record>(identifiers.size());
-            return sql::select({.table = Schema<Record>::table, .columns = columns, .joins = {}}) + sql::where(columns);
-        });
-        query->bindNumbers(identifiers);
-        return query;
-    }
-
-    template <class Record>
-    Query prepareDelete(Numbers identifiers)
-    {
-        Query query = prepare(
-            [&] {
-                return sql::deleteFrom(Schema<Record>::table) + sql::where(firstColumns<Record>(identifiers.size()));
-            },
-            identifiers.size());
-        query->bindNumbers(identifiers);
-        return query;
-    }
-
-    /// The names of a table's first columns.
-    template <class Record>
-    static std::vector<std::string> firstColumns(std::size_t count)
-    {
-        return columnsOf(std::span(TableModel<Record>::fields).first(count));
+        return prepareFor<Record>(identifiers,
+                                  [] { return sql::select({.table = Schema<Record>::table, .columns = {"1"}}); });
     }
 
 private:
     using Key = std::tuple<const void *, const void *, std::size_t>;
-
-    Statement &kept(const Key &key);
-    static std::vector<std::string> columnsOf(std::span<const ModelField> fields);
 
     sqlite3 *m_connection = nullptr;
     std::map<Key, Statement> m_statements;

@@ -20,23 +20,23 @@ template <>
 bool Table<Section>::readParts(Connection &reader, std::span<api::Section> sections, Numbers asked, Selected)
 {
     OwnerIndex<api::Section> owners(sections);
-    const bool isRead = reader.readEach(reader.prepareGet<Zone>(asked), "get zones for device section error",
-                                        [&](const Statement &row) {
-                                            if (api::Section *owner = owners.ownerOf(row, 1))
-                                                RowReader::read<Zone>(row, appendPart(owner->zones, owner->zonesCount));
-                                        });
-    for (api::Section &section : sections)
-        sortParts(zonesOf(section), &api::Zone::id);
+    const auto addZone = [&](const Statement &row) {
+        if (api::Section *owner = owners.ownerOf(row, 1))
+            readRecord<Zone>(row, appendPart(owner->zones, owner->zonesCount));
+    };
+    const bool isRead = reader.readEach(reader.prepareGet<Zone>(asked), "get zones for device section error", addZone);
+    for (const api::Section &section : sections)
+        sortParts(section.zones, section.zonesCount, &api::Zone::id);
     return isRead;
 }
 
 template <>
 bool Table<Section>::removeSteps(WriteConnection &writer, Numbers identifiers)
 {
-    using Model = TableModel<DeviceUserSectionLink>;
     const auto prepareDeleteLinks = [&] {
         Query query = writer.prepare([] {
-            return sql::deleteFrom(Model::table) + sql::where({Model::fields[0].column(), Model::fields[2].column()});
+            const auto &[device, user, section] = modelFields<DeviceUserSectionLink>;
+            return sql::deleteFrom(device.table) + sql::where(std::array{device, section});
         });
         query->bindNumbers(identifiers);
         return query;

@@ -1,65 +1,73 @@
 #pragma once
 
 #include "storage/sqltext.h"
-#include "storage/tablemodel.h"
+#include "storage/statement.h"
 
-#include <span>
-
+/// What a select of a record reads: its own columns, and where a row of the list joins another record, the columns of
+/// that one. `addColumns` and `readColumns` go through them in the same order.
 namespace tarnelLib::controller {
 
-/// Composes what a select of a record reads: its own columns, and where a row of the list joins another record, the
-/// columns of that one. `RowReader` takes the columns in the same order.
-class SelectionBuilder
+/// `suffix` is what the columns have behind their names in this select; `identifier` is the column that holds the
+/// record's identifier, if it is not the record's own.
+template <class Record>
+void addColumns(sql::Selection &selection, const std::string &suffix, const std::string &identifier, Uncached inherited)
 {
-public:
-    template <class Record>
-    static sql::Selection of()
-    {
-        SelectionBuilder builder;
-        builder.m_selection.table = Schema<Record>::table;
-        builder.addRecord<Record>({}, {}, Uncached::IdentifierAlone);
-        return std::move(builder.m_selection);
-    }
+    forEachField<Record>([&]<class Row>(const Row &row) {
+        if constexpr (isJoined<Row>) {
+            using Other = typename Row::Nested;
+            std::string column;
+            if constexpr (is<Row, Reference>)
+                column = columnOf(row.member) + suffix;
+            else
+                column = columnOf(row.identifier) + suffix;
+            const Uncached uncached = inherited == Uncached::Absent ? inherited : row.uncached;
+            const std::string others = sql::join(selection, modelFields<Other>, column, row.zero);
+            const bool isReadAlone = is<Row, Reference> && uncached == Uncached::IdentifierAlone;
+            addColumns<Other>(selection, others, isReadAlone ? column : std::string(), uncached);
+        } else if constexpr (is<Row, Borrowed>) {
+            selection.columns.push_back(columnOf(row.source));
+        } else if constexpr (isStored<Row>) {
+            const std::string own = std::string(Schema<Record>::table).append(row.field).append(suffix);
+            selection.columns.push_back(is<Row, Id> && !identifier.empty() ? identifier : own);
+        }
+    });
+}
 
-private:
-    /// `suffix` is what the columns have behind their names in this select; `identifier` is the column that holds the
-    /// record's identifier, if it is not the record's own.
-    template <class Record>
-    void addRecord(const std::string &suffix, const std::string &identifier, Uncached inherited)
-    {
-        const bool isAbsent = inherited == Uncached::Absent;
-        const ModelField *field = TableModel<Record>::fields.data();
-        forEachField<Record>([&]<class Row>(const Row &row) {
-            if constexpr (is<Row, Reference>) {
-                const std::string column = field++->column() + suffix;
-                const Uncached uncached = isAbsent ? inherited : row.uncached;
-                addJoined<typename Row::Nested>(column, Zero::IsIdentifier, uncached == Uncached::Absent ? "" : column,
-                                                uncached);
-            } else if constexpr (isJoined<Row>) {
-                addJoined<typename Row::Nested>(TableModel<Record>::column(row.identifier).column() + suffix, row.zero,
-                                                {}, isAbsent ? inherited : row.uncached);
-            } else if constexpr (is<Row, Borrowed>) {
-                addColumn(TableModel<typename Row::Source>::column(row.source).column());
-            } else if constexpr (isStored<Row>) {
-                const std::string own = field++->column() + suffix;
-                addColumn(is<Row, Id> && !identifier.empty() ? identifier : own);
-            }
-        });
-    }
+template <class Record>
+sql::Selection selectionOf()
+{
+    sql::Selection selection{.table = Schema<Record>::table};
+    addColumns<Record>(selection, {}, {}, Uncached::IdentifierAlone);
+    return selection;
+}
 
-    /// Adds another record, which a column of this one names.
-    template <class Other>
-    void addJoined(const std::string &column, Zero zero, const std::string &identifier, Uncached uncached)
-    {
-        const std::string suffix = join(Schema<Other>::table, TableModel<Other>::fields, column, zero);
-        addRecord<Other>(suffix, identifier, uncached);
-    }
+/// Reads a row's columns, from `column` on, into a structure of which every member is null.
+template <class Record>
+void readColumns(const Statement &row, int &column, ApiOf<Record> &structure)
+{
+    forEachField<Record>([&]<class Row>(const Row &field) {
+        if constexpr (isParentKey<Row>) {
+            ++column; // Callers that need a parent read it themselves.
+        } else if constexpr (isJoined<Row>) {
+            using Other = typename Row::Nested;
+            static const int columns = static_cast<int>(selectionOf<Other>().columns.size());
+            // Another record starts with its identifier, and is absent where that is NULL.
+            if (row.isNull(column))
+                column += columns;
+            else
+                readColumns<Other>(row, column, *(structure.*field.apiMember = allocate(ApiOf<Other>{})));
+        } else if constexpr (isStored<Row> || is<Row, Borrowed>) {
+            row.read(column++, structure.*field.apiMember);
+        }
+    });
+}
 
-    void addColumn(const std::string &column) { m_selection.columns.push_back(column); }
-    /// Joins a table by its first column; gives the suffix of its columns, which tell a second join from the first.
-    std::string join(std::string_view table, std::span<const ModelField> fields, const std::string &column, Zero zero);
-
-    sql::Selection m_selection;
-};
+/// Reads the record in the row on which a statement stands.
+template <class Record>
+void readRecord(const Statement &row, ApiOf<Record> &structure)
+{
+    int column = 0;
+    readColumns<Record>(row, column, structure);
+}
 
 } // namespace tarnelLib::controller

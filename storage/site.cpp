@@ -49,17 +49,11 @@ bool Table<Site>::removeSteps(WriteConnection &writer, Numbers identifiers)
 
 bool Database::getSiteFields(Connection &reader, SiteFields &fields, quint32 id)
 {
-    using Model = TableModel<Site>;
     const auto prepareGetFields = [&] {
-        Query query = reader.prepare([] {
+        return reader.prepareFor<Site>({&id, 1}, [] {
             return sql::select(
-                       {.table = Model::table,
-                        .columns = {Model::column(&Site::name).column(), Model::column(&Site::address).column()},
-                        .joins = {}}) +
-                   sql::where(QueryPreparer::firstColumns<Site>(1));
+                {.table = Schema<Site>::table, .columns = {columnOf(&Site::name), columnOf(&Site::address)}});
         });
-        query->bind(1, id);
-        return query;
     };
     return reader.inSnapshot([&] {
         return Table<Site>::isExists(reader, fields.isSiteStored, {&id, 1}) &&

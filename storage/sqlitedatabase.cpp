@@ -58,11 +58,6 @@ SQLiteDatabase::~SQLiteDatabase()
     closeDatabase();
 }
 
-bool SQLiteDatabase::isDatabaseFileExists(const QString &path)
-{
-    return !file::isMissing(path);
-}
-
 bool SQLiteDatabase::restoreDatabase(const QString &path)
 {
     auto abandon = qScopeGuard([&] { abandonDatabase(path); });
@@ -123,7 +118,7 @@ bool SQLiteDatabase::useConnection()
         file::logUnavailable(connection);
         return false;
     }
-    m_writer.attach(connection, [this] { Q_EMIT logGrew(); });
+    m_writer.attach(connection);
     return true;
 }
 
@@ -146,22 +141,15 @@ bool SQLiteDatabase::isTablesValid()
 
 bool SQLiteDatabase::recreateDatabase(const QString &path)
 {
-    if (m_isContentUnknown || m_writer.hasMetCircumstance()) {
-        closeDatabase();
+    closeDatabase();
+    if (m_isContentUnknown || m_writer.hasMetCircumstance())
         return false;
-    }
-    if (!removeDb() || !openDatabase(path))
+    m_database = QSqlDatabase();
+    QSqlDatabase::removeDatabase(m_name);
+    if (!file::remove(path) || !openDatabase(path))
         return false;
     openReaders();
     return true;
-}
-
-bool SQLiteDatabase::removeDb()
-{
-    closeDatabase();
-    m_database = QSqlDatabase();
-    QSqlDatabase::removeDatabase(m_name);
-    return file::remove(m_name);
 }
 
 void SQLiteDatabase::closeDatabase()

@@ -3,7 +3,6 @@
 #include "storage/turns.h"
 #include "storage/writeconnection.h"
 
-#include <QObject>
 #include <QSqlDatabase>
 #include <QString>
 
@@ -13,19 +12,18 @@ namespace tarnelLib::controller {
 
 /// The SQLite file: whether it is there and what can be made of it, the connection that writes, which is Qt's, and
 /// those that read beside it. Rows go through SQLite's native handles.
-class SQLiteDatabase : public QObject
+class SQLiteDatabase
 {
-    Q_OBJECT
-
 public:
-    SQLiteDatabase() { m_writerTurns.open(1); }
+    /// `onLogGrew` is called when something was written and is not yet in the main file, and not again until the log is
+    /// folded.
+    explicit SQLiteDatabase(std::function<void()> onLogGrew = [] {}) : m_writer(std::move(onLogGrew)) {}
     SQLiteDatabase(const SQLiteDatabase &) = delete;
     SQLiteDatabase &operator=(const SQLiteDatabase &) = delete;
-    ~SQLiteDatabase() override;
+    ~SQLiteDatabase();
 
     // The launch, before any call.
 
-    [[nodiscard]] bool isDatabaseFileExists(const QString &path);
     /// Makes a new database with all tables.
     [[nodiscard]] bool restoreDatabase(const QString &path);
     [[nodiscard]] bool openDatabase(const QString &path);
@@ -33,6 +31,7 @@ public:
     [[nodiscard]] bool recreateDatabase(const QString &path);
     [[nodiscard]] bool isDbVersionActual();
     [[nodiscard]] bool isTablesValid();
+
     // The calls.
 
     /// A turn at the connection that writes, for every call that may write.
@@ -42,9 +41,6 @@ public:
     /// Lets the calls that have a turn end, and throws `Turns::Closed` at all others.
     void close() noexcept;
 
-    /// Something was written and is not yet in the main file; not repeated until the log is folded.
-    Q_SIGNAL void logGrew();
-
 private:
     bool useConnection();
     /// Opens the connections that read; without them reads wait for their turn with the writes. False if the disk
@@ -52,12 +48,11 @@ private:
     bool openReaders();
     void closeDatabase();
     void abandonDatabase(const QString &path);
-    bool removeDb();
 
     QString m_name;
     QSqlDatabase m_database;
     WriteConnection m_writer;
-    Turns m_writerTurns;
+    Turns m_writerTurns{1};
     std::vector<std::unique_ptr<Connection>> m_readers;
     Turns m_readerTurns;
     bool m_isFileNew = false;        ///< This launch has made it.

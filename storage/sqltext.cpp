@@ -25,65 +25,82 @@ std::string list(const Items &items, ToText &&toText)
     for (const auto &item : items) {
         if (!text.empty())
             text.append(",");
-        text.append(toText(item));
+        text.append(std::invoke(toText, item));
     }
     return text;
 }
 
-std::string names(const std::vector<TableColumn> &columns)
+std::string names(Columns columns)
 {
-    return list(columns, [](const TableColumn &column) -> const std::string & { return column.name; });
+    return list(columns, &ModelField::column);
 }
 
-std::vector<TableColumn> primaryKeyOf(const Table &table)
+std::vector<ModelField> primaryKeyOf(Columns table)
 {
-    std::vector<TableColumn> key;
-    std::ranges::copy_if(table.columns, std::back_inserter(key), &TableColumn::isPrimaryKey);
+    std::vector<ModelField> key;
+    std::ranges::copy_if(table, std::back_inserter(key), &ModelField::isPrimaryKey);
     return key;
 }
 
-std::string insert(std::string_view verb, const Table &table, std::size_t rows = 1)
+std::string insert(std::string_view verb, Columns table, std::size_t rows = 1)
 {
-    const std::string row = concatenated({"(", list(table.columns, [](const TableColumn &) { return "?"; }), ")"});
+    const std::string row = concatenated({"(", list(table, [](const ModelField &) { return "?"; }), ")"});
     const std::string values = list(std::vector(rows, row), std::identity());
-    return concatenated({verb, " ", table.name, " (", names(table.columns), ")VALUES ", values});
+    return concatenated({verb, " ", table.front().table, " (", names(table), ")VALUES ", values});
+}
+
+std::string renamed(Columns table, std::string_view suffix)
+{
+    const std::string renamings = list(table, [&](const ModelField &column) {
+        return concatenated({column.column(), " AS ", column.column(), suffix});
+    });
+    return concatenated({"(SELECT ", renamings, " FROM ", table.front().table, ")"});
 }
 
 } // namespace
 
-std::string createTable(const Table &table)
+std::string createTable(Columns table)
 {
     // A key of one column stands beside the column, one of several at the end.
-    const std::vector<TableColumn> key = primaryKeyOf(table);
+    const std::vector<ModelField> key = primaryKeyOf(table);
     const bool hasSingleKey = key.size() == 1;
-    const std::string columns = list(table.columns, [&](const TableColumn &column) {
-        return concatenated({column.name, " ", column.type, hasSingleKey && column.isPrimaryKey ? " PRIMARY KEY" : ""});
+    const std::string columns = list(table, [&](const ModelField &column) {
+        const std::string_view ending = hasSingleKey && column.isPrimaryKey ? " PRIMARY KEY" : "";
+        return concatenated({column.column(), " ", column.sqlType, ending});
     });
     const std::string combinedKey = hasSingleKey ? "" : concatenated({",PRIMARY KEY(", names(key), ")"});
-    return concatenated({"CREATE TABLE ", table.name, " (", columns, combinedKey, ")"});
+    return concatenated({"CREATE TABLE ", table.front().table, " (", columns, combinedKey, ")"});
 }
 
-std::string insertOrReplace(const Table &table, std::size_t rows)
+std::string insertOrReplace(Columns table, std::size_t rows)
 {
-    const bool isKeyAlone = std::ranges::all_of(table.columns, &TableColumn::isPrimaryKey);
+    const bool isKeyAlone = std::ranges::all_of(table, &ModelField::isPrimaryKey);
     return insert(isKeyAlone ? "INSERT OR IGNORE INTO" : "INSERT OR REPLACE INTO", table, rows);
 }
 
-std::string upsert(const Table &table)
+std::string upsert(Columns table)
 {
-    const std::string mask = concatenated({"?", std::to_string(table.columns.size() + 1)});
-    const std::string assignments = list(table.columns, [&](const TableColumn &column) {
-        const std::string bit = std::to_string(1ULL << static_cast<unsigned>(&column - table.columns.data()));
-        return concatenated({column.name, "=CASE WHEN ", mask, "&", bit, " THEN excluded.", column.name, " ELSE ",
-                             column.name, " END"});
+    const std::string mask = concatenated({"?", std::to_string(table.size() + 1)});
+    const std::string assignments = list(table, [&](const ModelField &column) {
+        const std::string name = column.column();
+        const std::string bit = std::to_string(1ULL << static_cast<unsigned>(&column - table.data()));
+        return concatenated({name, "=CASE WHEN ", mask, "&", bit, " THEN excluded.", name, " ELSE ", name, " END"});
     });
     return concatenated(
         {insert("INSERT INTO", table), " ON CONFLICT(", names(primaryKeyOf(table)), ") DO UPDATE SET ", assignments});
 }
 
+Join joinOf(Columns table, const std::vector<std::string> &columns, JoinKind kind)
+{
+    std::string condition;
+    for (std::size_t i = 0; i < columns.size(); ++i)
+        condition += concatenated({i > 0 ? " AND " : "", columns[i], " = ", table[i].column()});
+    return {std::string(table.front().table), condition, kind};
+}
+
 std::string select(const Selection &selection)
 {
-    const std::string columns = list(selection.columns, [](const std::string &column) { return column; });
+    const std::string columns = list(selection.columns, std::identity());
     std::string text = concatenated({"SELECT ", columns, " FROM ", selection.table});
     for (const Join &join : selection.joins)
         text += concatenated(
@@ -91,12 +108,17 @@ std::string select(const Selection &selection)
     return text;
 }
 
-std::string renamed(std::string_view table, const std::vector<std::string> &columns, std::string_view suffix)
+std::string join(Selection &selection, Columns table, const std::string &column, Zero zero)
 {
-    const std::string renamings = list(columns, [&](const std::string &column) {
-        return concatenated({column, " AS ", column, suffix});
-    });
-    return concatenated({"(SELECT ", renamings, " FROM ", table, ")"});
+    std::string suffix;
+    std::string joined(table.front().table);
+    if (std::ranges::find(selection.joins, joined, &Join::table) != selection.joins.end()) {
+        suffix = "Again";
+        joined = renamed(table, suffix);
+    }
+    const std::string condition = zero == Zero::IsNone ? " AND " + column + " <> 0" : "";
+    selection.joins.push_back({joined, table.front().column() + suffix + " = " + column + condition});
+    return suffix;
 }
 
 std::string deleteFrom(std::string_view table)
@@ -104,11 +126,11 @@ std::string deleteFrom(std::string_view table)
     return concatenated({"DELETE FROM ", table});
 }
 
-std::string where(const std::vector<std::string> &columns)
+std::string where(Columns columns)
 {
     std::string text;
-    for (const std::string &column : columns)
-        text += concatenated({text.empty() ? " WHERE " : " AND ", column, " = ?"});
+    for (const ModelField &column : columns)
+        text += concatenated({text.empty() ? " WHERE " : " AND ", column.column(), " = ?"});
     return text;
 }
 

@@ -40,7 +40,6 @@ Statement::~Statement()
 
 void Statement::prepare(sqlite3 *connection, const std::string &sql)
 {
-    m_connection = connection;
     const int code = sqlite3_prepare_v3(connection, sql.c_str(), static_cast<int>(sql.size() + 1),
                                         SQLITE_PREPARE_PERSISTENT, &m_handle, nullptr);
     if (code != SQLITE_OK)
@@ -92,7 +91,7 @@ Statement::Step Statement::step()
     if (!isPrepared())
         return Step::Failed;
     if (m_bindError != SQLITE_OK) {
-        m_failure = Failure::of(m_connection, m_bindError, "Unable to bind parameters");
+        m_failure = Failure::of(sqlite3_db_handle(m_handle), m_bindError, "Unable to bind parameters");
         return Step::Failed;
     }
     const int code = sqlite3_step(m_handle);
@@ -100,7 +99,7 @@ Statement::Step Statement::step()
         return Step::Row;
     if (code == SQLITE_DONE)
         return Step::Done;
-    m_failure = Failure::of(m_connection, code, "Unable to fetch row");
+    m_failure = Failure::of(sqlite3_db_handle(m_handle), code, "Unable to fetch row");
     return Step::Failed;
 }
 

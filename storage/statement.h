@@ -7,6 +7,7 @@
 #include <sqlite3.h>
 
 #include <concepts>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -102,7 +103,7 @@ public:
         return isNull(column) ? std::nullopt : std::optional(toText(cell(column)));
     }
 
-    /// The column of a name, of whatever columns the table has.
+    /// The position of the column with a name, if there is one.
     [[nodiscard]] std::optional<int> find(const char *name) const;
 
     /// Ends a use of the statement: closes its cursor, which is a lock on the file, and lets go of what was bound.
@@ -132,31 +133,15 @@ private:
     void keepBindError(int code);
 
     sqlite3_stmt *m_handle = nullptr;
-    sqlite3 *m_connection = nullptr;
     int m_bindError = 0;
     Failure m_failure;
 };
 
-/// One use of a kept statement, which is reset when the use ends.
-class Query
-{
-public:
-    explicit Query(Statement &statement) : m_statement(&statement) {}
-    Query(Query &&other) noexcept : m_statement(std::exchange(other.m_statement, nullptr)) {}
-    Query(const Query &) = delete;
-    Query &operator=(const Query &) = delete;
-    Query &operator=(Query &&) = delete;
-    ~Query()
-    {
-        if (m_statement != nullptr)
-            m_statement->reset();
-    }
-
-    Statement *operator->() const { return m_statement; }
-    Statement &operator*() const { return *m_statement; }
-
-private:
-    Statement *m_statement;
+struct ResetStatement {
+    void operator()(Statement *statement) const { statement->reset(); }
 };
+
+/// One use of a kept statement, which is reset when the use ends.
+using Query = std::unique_ptr<Statement, ResetStatement>;
 
 } // namespace tarnelLib::controller

@@ -48,7 +48,6 @@ private:
     static bool insertSteps(WriteConnection &writer, std::span<const Record> records);
     static bool updateSteps(WriteConnection &writer, const Record &record, const ParentIds<Record> &parents);
     static bool removeSteps(WriteConnection &writer, Numbers identifiers);
-    static bool readOneSteps(Connection &reader, Structures<Record> &found, Numbers identifiers);
     /// Reads what structures have in tables of their own. `asked` are the identifiers that all of them share.
     enum class Selected { ByIdentifiers, ByField };
     static bool readParts(Connection &, std::span<ApiOf<Record>>, Numbers, Selected) { return true; }

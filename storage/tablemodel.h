@@ -3,15 +3,18 @@
 #include "entities/field.h"
 
 #include <array>
+#include <span>
 #include <string>
 
 namespace tarnelLib::controller {
 
-/// The names of one column: in the table and in filters.
+/// One column: in its table, and in filters.
 struct ModelField {
     std::string_view table;
     std::string_view field; ///< The column is the table's name followed by this.
     std::string_view key;   ///< The JSON key in filters; empty if lists cannot be filtered by the column.
+    std::string_view sqlType;
+    bool isPrimaryKey;
 
     /// The column's name. It is unique in the whole database, so that joins need no qualifiers.
     [[nodiscard]] std::string column() const { return std::string(table).append(field); }
@@ -29,53 +32,50 @@ constexpr std::string_view filterKey(const Row &row)
         return {};
 }
 
-/// The names of a record's table and its columns, in their order.
+/// The columns of a record's table, in their order.
 template <class Record>
-class TableModel
-{
-public:
-    static constexpr std::string_view table = Schema<Record>::table;
-
-    static constexpr auto fields = [] {
-        constexpr std::size_t count = [] {
-            std::size_t stored = 0;
-            forEachColumn<Record>([&](const auto &) { ++stored; });
-            return stored;
-        }();
-        std::array<ModelField, count> names{};
-        std::size_t position = 0;
-        forEachColumn<Record>([&](const auto &row) { names[position++] = {table, row.field, filterKey(row)}; });
-        return names;
+constexpr auto modelFields = [] {
+    constexpr std::size_t count = [] {
+        std::size_t stored = 0;
+        forEachColumn<Record>([&](const auto &) { ++stored; });
+        return stored;
     }();
+    std::array<ModelField, count> fields{};
+    std::size_t position = 0;
+    forEachColumn<Record>([&](const auto &row) {
+        fields[position++] = {Schema<Record>::table, row.field, filterKey(row), row.sqlType, row.isPrimaryKey};
+    });
+    return fields;
+}();
 
-    template <class Row>
-    static std::string columnOf(const Row &row)
-    {
-        return ModelField{table, row.field, {}}.column();
-    }
+/// The first columns of a record's table: the identifiers, in their order.
+template <class Record>
+std::span<const ModelField> firstColumns(std::size_t count)
+{
+    return std::span<const ModelField>(modelFields<Record>).first(count);
+}
 
-    /// The column of a member of the record.
-    template <class Member>
-    static constexpr const ModelField &column(Member Record::*member)
-    {
-        std::size_t position = 0;
-        std::size_t found = fields.size();
-        forEachColumn<Record>([&](const auto &row) {
-            if constexpr (requires { row.member == member; }) {
-                if (row.member == member)
-                    found = position;
-            }
-            ++position;
-        });
-        return fields.at(found);
-    }
-};
+/// The column of a member of the record.
+template <class Record, class Member>
+std::string columnOf(Member Record::*member)
+{
+    std::string column;
+    std::size_t position = 0;
+    forEachColumn<Record>([&](const auto &row) {
+        if constexpr (requires { row.member == member; }) {
+            if (row.member == member)
+                column = modelFields<Record>.at(position).column();
+        }
+        ++position;
+    });
+    return column;
+}
 
 /// Maps the key of a filter to its column; null for a word that is no filter of the record.
 template <class Record>
 const ModelField *toTableField(std::u16string_view key)
 {
-    for (const ModelField &field : TableModel<Record>::fields) {
+    for (const ModelField &field : modelFields<Record>) {
         if (!field.key.empty() && std::equal(key.begin(), key.end(), field.key.begin(), field.key.end()))
             return &field;
     }

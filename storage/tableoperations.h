@@ -33,7 +33,7 @@ template <class Record>
 bool Table<Record>::add(WriteConnection &writer, const Record &record, Structures<Record> &stored)
 {
     return writer.inTransaction([&] {
-        return insertSteps(writer, {&record, 1}) && readOneSteps(writer, stored, {&record.id, 1});
+        return insertSteps(writer, {&record, 1}) && getOne(writer, stored, {&record.id, 1});
     });
 }
 
@@ -67,14 +67,10 @@ bool Table<Record>::getByField(Connection &reader, Structures<Record> &found, co
 template <class Record>
 bool Table<Record>::getOne(Connection &reader, Structures<Record> &found, Numbers identifiers)
 {
-    return inSnapshotOf<Record>(reader, [&] { return readOneSteps(reader, found, identifiers); });
-}
-
-template <class Record>
-bool Table<Record>::readOneSteps(Connection &reader, Structures<Record> &found, Numbers identifiers)
-{
-    return reader.readOne(reader.prepareGet<Record>(identifiers), found, messages.get) &&
-           (found.isEmpty() || readParts(reader, found.all(), identifiers, Selected::ByIdentifiers));
+    return inSnapshotOf<Record>(reader, [&] {
+        return reader.readOne(reader.prepareGet<Record>(identifiers), found, messages.get) &&
+               (found.isEmpty() || readParts(reader, found.all(), identifiers, Selected::ByIdentifiers));
+    });
 }
 
 template <class Record>
@@ -90,7 +86,7 @@ bool Table<Record>::update(WriteConnection &writer, const Record &record, const 
     Identifiers<Record> identifiers{};
     *std::copy(parents.begin(), parents.end(), identifiers.begin()) = record.id;
     return writer.inTransaction(
-        [&] { return updateSteps(writer, record, parents) && readOneSteps(writer, stored, identifiers); });
+        [&] { return updateSteps(writer, record, parents) && getOne(writer, stored, identifiers); });
 }
 
 template <class Record>

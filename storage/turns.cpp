@@ -1,13 +1,14 @@
 #include "storage/turns.h"
 
+#include <numeric>
+
 namespace tarnelLib::controller {
 
 void Turns::open(std::size_t connections)
 {
     const std::lock_guard lock(m_mutex);
-    m_free.clear();
-    while (m_free.size() < connections)
-        m_free.push_back(m_free.size());
+    m_free.resize(connections);
+    std::iota(m_free.begin(), m_free.end(), 0);
 }
 
 std::size_t Turns::take()

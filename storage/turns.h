@@ -13,9 +13,11 @@ namespace tarnelLib::controller {
 class Turns
 {
 public:
-    /// What a call is thrown that gets no turn any more.
+    /// Thrown at a call that gets no turn any more.
     struct Closed {
     };
+
+    explicit Turns(std::size_t connections = 0) { open(connections); }
 
     /// Sets the number of connections, before the first call asks.
     void open(std::size_t connections);

@@ -17,13 +17,12 @@ constexpr int restartedLogPages = 4096;
 
 } // namespace
 
-void WriteConnection::attach(sqlite3 *connection, std::function<void()> onLogGrew)
+void WriteConnection::attach(sqlite3 *connection)
 {
     QueryPreparer::attach(connection);
     configure();
     // A commit is on the disk when it returns.
     sqlite3_exec(connection, "PRAGMA synchronous=FULL", nullptr, nullptr, nullptr);
-    m_onLogGrew = std::move(onLogGrew);
     const auto onCommit = [](void *self, sqlite3 *, const char *, int pages) {
         static_cast<WriteConnection *>(self)->m_logPages = pages;
         return SQLITE_OK;

@@ -11,9 +11,12 @@ namespace tarnelLib::controller {
 class WriteConnection : public Connection
 {
 public:
-    /// Starts with an open connection of SQLite's. `onLogGrew` is called when something has been written that is not
-    /// yet in the main file, and not again until `foldLog`.
-    void attach(sqlite3 *connection, std::function<void()> onLogGrew);
+    /// `onLogGrew` is called when something was written that is not yet in the main file, and not again until
+    /// `foldLog`.
+    explicit WriteConnection(std::function<void()> onLogGrew) : m_onLogGrew(std::move(onLogGrew)) {}
+
+    /// Starts with an open connection of SQLite's.
+    void attach(sqlite3 *connection);
 
     /// Brings what was written into the main file, so that it is complete without side files.
     void foldLog();
@@ -22,7 +25,7 @@ public:
     template <class Steps>
     [[nodiscard]] bool inTransaction(Steps &&steps)
     {
-        const bool isKept = Connection::inTransaction(Transaction::For::Writing, steps);
+        const bool isKept = Connection::inTransaction(For::Writing, steps);
         if (isKept && m_logPages > 0)
             noteLog();
         return isKept;
@@ -31,11 +34,11 @@ public:
     /// Runs a statement that yields no rows.
     [[nodiscard]] bool run(Query &&query, const char *message);
 
-    /// Deletes the records that share the identifiers.
+    /// Deletes the records that share the identifiers: without any, all records.
     template <class Record>
     [[nodiscard]] bool remove(Numbers identifiers, const char *message)
     {
-        return run(prepareDelete<Record>(identifiers), message);
+        return run(prepareFor<Record>(identifiers, [] { return sql::deleteFrom(Schema<Record>::table); }), message);
     }
 
     /// Inserts one record, in place of a stored one.

@@ -152,14 +152,6 @@ Comparison compareDelete(std::u16string_view text)
                     tarnelLib::controller::parseDelete<Record>(text, actual), actual);
 }
 
-Comparison compareRemoveAffectEvent(std::u16string_view text)
-{
-    quint32 expected = 0;
-    quint32 actual = 0;
-    return compared(text, oracle::parseRemoveAffectEvent(text, expected), expected,
-                    tarnelLib::controller::parseRemoveAffectEvent(text, actual), actual);
-}
-
 template <class Record>
 const Shape &shapeOf();
 
@@ -254,7 +246,7 @@ std::vector<Reading> readings()
     appendAdd<Locale, Domain, User, Organization, Contractor, Contract, Device, Site, Event>(list);
     appendAddOrUpdate<Domain, User, Organization, Contractor, Contract, Device, Section, Zone, Site, Event>(list);
     appendDelete<Domain, User, Organization, Contractor, Contract, Device, Section, Zone, Site>(list);
-    list.push_back({"remove affect", R"({"D":)", "}", &shapeOfIdentifiers<Event>(), compareRemoveAffectEvent});
+    list.push_back({"remove affect", R"({"D":)", "}", &shapeOfIdentifiers<Event>(), compareDelete<Event>});
     return list;
 }
 

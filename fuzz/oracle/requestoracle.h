@@ -1,5 +1,6 @@
 #pragma once
 
+#include "entities/event.h"
 #include "entities/organization.h"
 #include "entities/site.h"
 #include "oracle/jsonobject.h"
@@ -140,14 +141,6 @@ Result parseDelete(std::u16string_view text, Identifiers<Record> &identifiers)
         identifiers.at(i) = static_cast<quint32>(truncated(value.toDouble()));
     }
     return Result::Success;
-}
-
-inline Result parseRemoveAffectEvent(std::u16string_view text, quint32 &id)
-{
-    Identifiers<Event> identifiers{};
-    const Result result = oracle::parseDelete<Event>(text, identifiers);
-    id = identifiers.front();
-    return result;
 }
 
 } // namespace oracle
