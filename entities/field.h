@@ -27,7 +27,7 @@ struct Schema;
 template <class Record>
 using ApiOf = typename Schema<Record>::Api;
 
-/// What the pointer of an optional member of the C structure points to: a row with another pointer does not compile.
+/// What the pointer of an optional member of the C structure points to.
 template <class Value>
 using ApiValue = std::conditional_t<std::is_same_v<Value, Text>, unsigned short, Value>;
 
@@ -86,19 +86,21 @@ struct ColumnOptions {
 };
 
 /// An optional value in a column of its own.
-template <class Record, class Value, class Api>
+template <class Record, class Value, class Api, class ApiMember>
 struct Column {
+    static_assert(std::is_same_v<ApiMember, ApiValue<Value>>,
+                  "the C structure's member must point to the type of the record's member");
     static constexpr bool isPrimaryKey = false;
 
     std::string_view field;
     std::string_view key;
     std::optional<Value> Record::*member;
-    ApiValue<Value> *Api::*apiMember;
+    ApiMember *Api::*apiMember;
     std::string_view sqlType;
     Filter filter;
 
     constexpr Column(std::string_view fieldName, std::string_view jsonKey, std::optional<Value> Record::*recordMember,
-                     ApiValue<Value> *Api::*structureMember, ColumnOptions options = {})
+                     ApiMember *Api::*structureMember, ColumnOptions options = {})
         : field(fieldName), key(jsonKey), member(recordMember), apiMember(structureMember),
           sqlType(options.sqlType.empty() ? sqlTypeOf<Value>() : options.sqlType), filter(options.filter)
     {
@@ -106,13 +108,16 @@ struct Column {
 };
 
 /// A value of another table's row, which the read joins.
-template <class Api, class Value, class Other>
+template <class Api, class ApiMember, class Value, class Other>
 struct Borrowed {
-    ApiValue<Value> *Api::*apiMember;
+    static_assert(std::is_same_v<ApiMember, ApiValue<Value>>,
+                  "the C structure's member must point to the type of the other record's member");
+
+    ApiMember *Api::*apiMember;
     std::optional<Value> Other::*source;
 };
-template <class Api, class Value, class Other>
-Borrowed(ApiValue<Value> *Api::*, std::optional<Value> Other::*) -> Borrowed<Api, Value, Other>;
+template <class Api, class ApiMember, class Value, class Other>
+Borrowed(ApiMember *Api::*, std::optional<Value> Other::*) -> Borrowed<Api, ApiMember, Value, Other>;
 
 /// How another record reads while it is not in the cache: as its identifier alone, or not at all. `Absent` goes for all
 /// that is nested in the other record as well.
@@ -123,8 +128,10 @@ enum class Zero { IsIdentifier, IsNone };
 
 /// Another record, joined on read by the identifier in this record's column. The record's member says what a request
 /// gives: the other record's identifier, or all of it.
-template <class Record, class Given, class Api, class Other>
+template <class Record, class Given, class Api, class ApiMember, class Other>
 struct Reference {
+    static_assert(std::is_same_v<ApiMember, ApiOf<Other>>,
+                  "the C structure's member must point to the structure of the other record");
     static_assert(std::is_same_v<Given, quint32> || std::is_same_v<Given, Other>,
                   "the record's member must hold the other record, or its identifier");
     using Nested = Other;
@@ -135,32 +142,36 @@ struct Reference {
     std::string_view field;
     std::string_view key;
     std::optional<Given> Record::*member;
-    ApiOf<Other> *Api::*apiMember;
+    ApiMember *Api::*apiMember;
     quint32 Other::*identified;
     Uncached uncached = Uncached::IdentifierAlone;
 };
-template <class Record, class Given, class Api, class Other>
-Reference(std::string_view, std::string_view, std::optional<Given> Record::*, ApiOf<Other> *Api::*, quint32 Other::*,
-          Uncached = {}) -> Reference<Record, Given, Api, Other>;
+template <class Record, class Given, class Api, class ApiMember, class Other>
+Reference(std::string_view, std::string_view, std::optional<Given> Record::*, ApiMember *Api::*, quint32 Other::*,
+          Uncached = {}) -> Reference<Record, Given, Api, ApiMember, Other>;
 
 /// Another record, joined on read by the value of one of this record's columns.
-template <class Api, class Record, class Value, class Other>
+template <class Api, class ApiMember, class Record, class Value, class Other>
 struct Joined {
+    static_assert(std::is_same_v<ApiMember, ApiOf<Other>>,
+                  "the C structure's member must point to the structure of the other record");
     using Nested = Other;
 
-    ApiOf<Other> *Api::*apiMember;
+    ApiMember *Api::*apiMember;
     std::optional<Value> Record::*identifier;
     quint32 Other::*identified;
     Uncached uncached = Uncached::IdentifierAlone; ///< For what is nested in the other record.
     Zero zero = Zero::IsIdentifier;
 };
-template <class Api, class Record, class Value, class Other>
-Joined(ApiOf<Other> *Api::*, std::optional<Value> Record::*, quint32 Other::*, Uncached = {}, Zero = {})
-    -> Joined<Api, Record, Value, Other>;
+template <class Api, class ApiMember, class Record, class Value, class Other>
+Joined(ApiMember *Api::*, std::optional<Value> Record::*, quint32 Other::*, Uncached = {}, Zero = {})
+    -> Joined<Api, ApiMember, Record, Value, Other>;
 
 /// Another record, of the same identifier in a table of its own and joined on read; a request gives all of it.
-template <class Record, class Other, class Api>
+template <class Record, class Other, class Api, class ApiMember>
 struct Attached {
+    static_assert(std::is_same_v<ApiMember, ApiOf<Other>>,
+                  "the C structure's member must point to the structure of the record's member");
     using Nested = Other;
     static constexpr auto identifier = &Record::id;
     static constexpr auto uncached = Uncached::IdentifierAlone;
@@ -168,10 +179,11 @@ struct Attached {
 
     std::string_view key;
     std::optional<Other> Record::*member;
-    ApiOf<Other> *Api::*apiMember;
+    ApiMember *Api::*apiMember;
 };
-template <class Record, class Other, class Api>
-Attached(std::string_view, std::optional<Other> Record::*, ApiOf<Other> *Api::*) -> Attached<Record, Other, Api>;
+template <class Record, class Other, class Api, class ApiMember>
+Attached(std::string_view, std::optional<Other> Record::*, ApiMember *Api::*)
+    -> Attached<Record, Other, Api, ApiMember>;
 
 /// A list of records, or of identifiers, that is kept in tables of its own; a request gives it as an array.
 template <class Record, class Item, class Api, class ApiItem>
