@@ -191,7 +191,7 @@ Children(std::string_view, std::vector<Item> Record::*, ApiItem *Api::*, unsigne
 template <class Row, template <class...> class Kind>
 constexpr bool is = false;
 template <template <class...> class Kind, class... Parameters>
-constexpr bool is<Kind<Parameters...>, Kind> = true;
+inline constexpr bool is<Kind<Parameters...>, Kind> = true;
 
 template <class Row>
 constexpr bool isParentKey = std::is_same_v<Row, ParentKey>;

@@ -89,11 +89,10 @@ public:
         quint64 present = 0;
         quint64 bit = 1;
         forEachColumn<Record>([&]<class Row>(const Row &row) {
-            // Identifiers are always there.
-            if constexpr (isParentKey<Row> || is<Row, Id>)
-                present |= bit;
-            else if ((record.*row.member).has_value())
-                present |= bit;
+            bool isPresent = true; // Identifiers are.
+            if constexpr (!isParentKey<Row> && !is<Row, Id>)
+                isPresent = (record.*row.member).has_value();
+            present |= isPresent ? bit : 0;
             bit <<= 1;
         });
         query->bind(maskPosition, present);
