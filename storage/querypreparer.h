@@ -89,7 +89,7 @@ public:
         quint64 present = 0;
         quint64 bit = 1;
         forEachColumn<Record>([&]<class Row>(const Row &row) {
-            bool isPresent = true; // As identifiers always are.
+            bool isPresent = true; // Identifiers are.
             if constexpr (!isParentKey<Row> && !is<Row, Id>)
                 isPresent = (record.*row.member).has_value();
             present |= isPresent ? bit : 0;
