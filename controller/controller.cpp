@@ -22,7 +22,7 @@ Result Controller::connect(const QString &path)
     const auto repaired = [](bool isRepaired, Result result) {
         return isRepaired ? result : Result::DatabaseUnavailable;
     };
-    if (!m_database.isDatabaseFileExists(path))
+    if (!SQLiteDatabase::isDatabaseFileExists(path))
         return repaired(m_database.restoreDatabase(path), Result::DatabaseCreated);
     if (!m_database.openDatabase(path))
         return repaired(m_database.recreateDatabase(path), Result::DatabaseRecreatedOpenFailed);

@@ -25,7 +25,7 @@ public:
 
     // The launch, before any call.
 
-    [[nodiscard]] bool isDatabaseFileExists(const QString &path);
+    [[nodiscard]] static bool isDatabaseFileExists(const QString &path);
     /// Makes a new database with all tables.
     [[nodiscard]] bool restoreDatabase(const QString &path);
     [[nodiscard]] bool openDatabase(const QString &path);
