@@ -17,27 +17,32 @@ inline std::u16string_view viewOf(const unsigned short *text)
     return text != nullptr ? reinterpret_cast<const char16_t *>(text) : u"";
 }
 
+/// Apart from the lambda below, in which clang 14 would look for `Nested` in every row.
+template <class Row, class Item>
+bool isEqualItem(const Item &left, const Item &right)
+{
+    if constexpr (std::is_class_v<Item>)
+        return isEqual<typename Row::Nested>(left, right);
+    else
+        return left == right;
+}
+
 template <class Row, class Api>
 bool isEqualMember(const Row &row, const Api &left, const Api &right)
 {
     const auto item = left.*row.apiMember;
     const auto other = right.*row.apiMember;
-    const auto isEqualItem = [](const auto &one, const auto &another) {
-        if constexpr (std::is_class_v<std::remove_cvref_t<decltype(one)>>)
-            return isEqual<typename Row::Nested>(one, another);
-        else
-            return one == another;
-    };
+    const auto areEqual = [](const auto &one, const auto &another) { return isEqualItem<Row>(one, another); };
     if constexpr (controller::is<Row, controller::Id>)
         return item == other;
     else if constexpr (controller::is<Row, controller::Children>)
-        return std::equal(item, item + left.*row.apiCount, other, other + right.*row.apiCount, isEqualItem);
+        return std::equal(item, item + left.*row.apiCount, other, other + right.*row.apiCount, areEqual);
     else if constexpr (std::is_same_v<decltype(item), unsigned short *const>)
         return viewOf(item) == viewOf(other);
     else if (item == nullptr || other == nullptr)
         return item == other;
     else
-        return isEqualItem(*item, *other);
+        return areEqual(*item, *other);
 }
 
 template <class Record>

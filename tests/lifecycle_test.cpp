@@ -136,6 +136,9 @@ TEST_F(Lifecycle, cyclesNeitherHangNorGrow)
             isEnded = true;
         });
         std::this_thread::sleep_for(std::chrono::microseconds(random() % 6000));
+        // Now and then long enough for calls, however slow the machine is.
+        if (const unsigned int before = calls; cycle % 100 == 0)
+            waitUntil([&] { return isEnded || calls != before; });
         runs += isRunning();
         // The launch may not have been entered yet, which makes this exit one without a launch.
         ASSERT_TRUE(exitUntil([&] { return isEnded.load(); })) << cycle;
