@@ -34,9 +34,9 @@ inline unsigned short *toMember(std::optional<Text> &&text)
     return text ? std::move(*text).release() : nullptr;
 }
 
-/// Appends a null element to a list as structures have it: a block with room for `least` elements, or for a higher
-/// power of two. Nothing shrinks it in the end: the system gives no memory for the unused part of a large block.
-template <unsigned int least, class Element>
+/// Appends a null element to a list as structures have it: a block with room for `least` elements, which is enough for
+/// most lists of parts, or for a higher power of two. The system gives no memory for the unused part of a large block.
+template <unsigned int least = 4, class Element>
 Element &append(Element *&first, unsigned int &count)
 {
     static_assert(std::is_trivially_copyable_v<Element> && std::has_single_bit(least));
@@ -47,13 +47,6 @@ Element &append(Element *&first, unsigned int &count)
         first = static_cast<Element *>(grown);
     }
     return first[count++] = Element{};
-}
-
-/// Appends a part to a record's list: most lists have a few.
-template <class Part>
-Part &appendPart(Part *&first, unsigned int &count)
-{
-    return append<4>(first, count);
 }
 
 template <class Record>

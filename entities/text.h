@@ -39,8 +39,6 @@ public:
         return reinterpret_cast<unsigned short *>(std::exchange(m_units, nullptr));
     }
 
-    bool operator==(const Text &other) const { return view() == other.view(); }
-
 private:
     /// A text of `length` units, which are yet to be written.
     explicit Text(std::size_t length);

@@ -31,7 +31,7 @@ struct Launch {
 namespace {
 
 /// Written changes are in the main file at the latest this long after they were made, plus the folding itself.
-constexpr int foldDelayMs = 1500;
+constexpr int foldDelayMs = 1000;
 
 /// What the whole library shares. It is never destroyed: a client may return from `main` while the cache runs.
 struct Cache {

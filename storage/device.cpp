@@ -86,28 +86,28 @@ bool Table<Device>::readParts(Connection &reader, std::span<api::Device> devices
         return isRead;
     };
     const auto addSection = [](const Statement &row, api::Device &device) {
-        readRecord<Section>(row, appendPart(device.sections, device.sectionsCount));
+        readRecord<Section>(row, append(device.sections, device.sectionsCount));
     };
     const auto sortSections = [](api::Device &device) {
         sortParts(device.sections, device.sectionsCount, &api::Section::id);
     };
     const auto addZone = [](const Statement &row, api::Device &device) {
         if (api::Section *owner = findPart(device.sections, device.sectionsCount, row))
-            readRecord<Zone>(row, appendPart(owner->zones, owner->zonesCount));
+            readRecord<Zone>(row, append(owner->zones, owner->zonesCount));
     };
     const auto sortZones = [](api::Device &device) {
         for (const api::Section &section : std::span(device.sections, device.sectionsCount))
             sortParts(section.zones, section.zonesCount, &api::Zone::id);
     };
     const auto addUser = [](const Statement &row, api::Device &device) {
-        readRecord<DeviceUser>(row, appendPart(device.deviceUsers, device.deviceUsersCount));
+        readRecord<DeviceUser>(row, append(device.deviceUsers, device.deviceUsersCount));
     };
     const auto sortUsers = [](api::Device &device) {
         sortParts(device.deviceUsers, device.deviceUsersCount, &api::DeviceUser::id);
     };
     const auto addLink = [](const Statement &row, api::Device &device) {
         if (api::DeviceUser *owner = findPart(device.deviceUsers, device.deviceUsersCount, row))
-            row.read(2, appendPart(owner->sections, owner->sectionsCount));
+            row.read(2, append(owner->sections, owner->sectionsCount));
     };
     const auto sortLinks = [](api::Device &device) {
         for (const api::DeviceUser &user : std::span(device.deviceUsers, device.deviceUsersCount))

@@ -22,7 +22,7 @@ bool Table<Section>::readParts(Connection &reader, std::span<api::Section> secti
     OwnerIndex<api::Section> owners(sections);
     const auto addZone = [&](const Statement &row) {
         if (api::Section *owner = owners.ownerOf(row, 1))
-            readRecord<Zone>(row, appendPart(owner->zones, owner->zonesCount));
+            readRecord<Zone>(row, append(owner->zones, owner->zonesCount));
     };
     const bool isRead = reader.readEach(reader.prepareGet<Zone>(asked), "get zones for device section error", addZone);
     for (const api::Section &section : sections)

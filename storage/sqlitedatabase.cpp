@@ -132,10 +132,11 @@ bool SQLiteDatabase::isTablesValid()
     if (!Database::isTablesValid(m_writer))
         return false;
     // Not before: a file that cannot be used now is left as it is.
-    const bool hasLog = file::useLog(m_writer.connection());
-    if (!hasLog)
+    m_isContentUnknown = !file::useLog(m_writer.connection());
+    if (m_isContentUnknown)
         file::logUnavailable(m_writer.connection());
-    m_isContentUnknown = !hasLog || !openReaders();
+    else
+        openReaders();
     return !m_isContentUnknown;
 }
 
@@ -166,25 +167,23 @@ void SQLiteDatabase::abandonDatabase(const QString &path)
         qDebug("An empty file is left behind");
 }
 
-bool SQLiteDatabase::openReaders()
+void SQLiteDatabase::openReaders()
 {
     sqlite3 *const connection = m_writer.connection();
-    if (!isLogWrittenAhead(connection))
-        return true;
-    for (int i = 0; i < readerCount; ++i) {
+    for (int i = 0; i < readerCount && isLogWrittenAhead(connection); ++i) {
         auto reader = std::make_unique<Connection>();
         const int code = reader->openForReading(sqlite3_db_filename(connection, nullptr));
         const bool isWithoutMeans = code == SQLITE_NOMEM || (code & 0xff) == SQLITE_CANTOPEN;
-        if (code == SQLITE_OK) {
-            m_readers.push_back(std::move(reader));
-        } else if (!isWithoutMeans) {
+        m_isContentUnknown = code != SQLITE_OK && !isWithoutMeans;
+        if (m_isContentUnknown) {
             file::logUnavailable(reader->connection());
             m_readers.clear();
-            return false;
+            break;
         }
+        if (code == SQLITE_OK)
+            m_readers.push_back(std::move(reader));
     }
     m_readerTurns.open(m_readers.size());
-    return true;
 }
 
 Turn<WriteConnection> SQLiteDatabase::write()

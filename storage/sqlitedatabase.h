@@ -43,9 +43,9 @@ public:
 
 private:
     bool useConnection();
-    /// Opens the connections that read; without them reads wait for their turn with the writes. False if the disk
-    /// fails.
-    bool openReaders();
+    /// Opens the connections that read, as far as there are descriptors and memory for them: without them reads wait
+    /// for their turn with the writes. A file that they cannot read must not be judged.
+    void openReaders();
     void closeDatabase();
     void abandonDatabase(const QString &path);
 

@@ -12,7 +12,7 @@ namespace tarnelLib {
 namespace {
 
 using controller::allocate;
-using controller::appendPart;
+using controller::append;
 using Sites = controller::Structures<controller::Site>;
 
 unsigned short *text(std::u16string_view units)
@@ -25,12 +25,12 @@ void fill(Sites &sites)
     api::Site &site = sites.append();
     site.id = 9;
     site.name = text(u"shop");
-    api::Device &device = appendPart(site.devices, site.devicesCount);
-    api::Section &section = appendPart(device.sections, device.sectionsCount);
-    appendPart(section.zones, section.zonesCount).delay = allocate(30U);
-    api::DeviceUser &user = appendPart(device.deviceUsers, device.deviceUsersCount);
-    appendPart(user.sections, user.sectionsCount) = 1;
-    appendPart(user.sections, user.sectionsCount) = 2;
+    api::Device &device = append(site.devices, site.devicesCount);
+    api::Section &section = append(device.sections, device.sectionsCount);
+    append(section.zones, section.zonesCount).delay = allocate(30U);
+    api::DeviceUser &user = append(device.deviceUsers, device.deviceUsersCount);
+    append(user.sections, user.sectionsCount) = 1;
+    append(user.sections, user.sectionsCount) = 2;
     site.location = allocate(api::Location{.id = 9});
     site.location->latitude = allocate(59.4);
 }
@@ -48,10 +48,9 @@ TEST(Structures, areEqualIfAllThatTheyHoldIs)
         {[](Site &site) { site.type = allocate(0U); }, false},
         {[](Site &site) { *site.location->latitude = 59.5; }, false},
         {[](Site &site) { std::free(std::exchange(site.location->latitude, nullptr)); }, false},
-        {[](Site &site) { appendPart(site.devices, site.devicesCount); }, false},
+        {[](Site &site) { append(site.devices, site.devicesCount); }, false},
         {[](Site &site) { *site.devices[0].sections[0].zones[0].delay = 31; }, false},
-        {[](Site &site) { appendPart(site.devices[0].sections[0].zones, site.devices[0].sections[0].zonesCount); },
-         false},
+        {[](Site &site) { append(site.devices[0].sections[0].zones, site.devices[0].sections[0].zonesCount); }, false},
         {[](Site &site) { site.devices[0].deviceUsers[0].sections[1] = 3; }, false},
     };
     for (std::size_t i = 0; i < std::size(changes); ++i) {
