@@ -29,11 +29,11 @@ struct Random {
 };
 
 /// Events with identifiers in no order, some of them twice, of devices, sections and zones that may not be stored.
-std::vector<Event> makeEvents(Random &random)
+std::vector<Event> makeEvents(Random &random, std::size_t count)
 {
-    std::vector<Event> events(6000);
+    std::vector<Event> events(count);
     for (Event &event : events) {
-        event.id = static_cast<quint32>(random.source() % 8000);
+        event.id = static_cast<quint32>(random.source() % (count + count / 3));
         event.time = random.number(50);
         if (const auto id = random.number(40))
             event.deviceId = static_cast<qint32>(*id) - 5;
@@ -94,16 +94,16 @@ TEST(Events, areTheSameWhateverTheWayToThem)
         const auto connection = database.write();
         addWhatEventsBorrowFrom(*connection, random);
 
-        std::vector<Event> sent = makeEvents(random);
+        std::vector<Event> sent = makeEvents(random, seed == 1 ? 90000 : 6000);
         // None, or one that does not come back as it was given.
         const std::u16string_view oddTexts[] = {u"", u"a\uffffb", u"\ufeffa", {u"a\xd800", 2}, {u"\xdc00z", 2}};
-        sent.push_back({.id = 8500, .time = 7, .deviceId = 3, .jData = Text(oddTexts[seed % std::size(oddTexts)])});
+        sent.push_back({.id = 200000, .time = 7, .deviceId = 3, .jData = Text(oddTexts[seed % std::size(oddTexts)])});
         Structures<Event> answered;
         ASSERT_TRUE(Table<Event>::add(*connection, std::vector(sent), answered));
 
         // An event of no device, whose text is changed by the storage, makes the answer one that is read back.
         Structures<Event> readBack;
-        sent.push_back({.id = 9000, .data = Text(u"\ufeff")});
+        sent.push_back({.id = 200001, .data = Text(u"\ufeff")});
         ASSERT_TRUE(Table<Event>::add(*connection, std::move(sent), readBack));
         EXPECT_TRUE(areEqual(readBack.all(), answered.all()));
 

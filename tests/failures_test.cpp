@@ -74,19 +74,24 @@ TEST_P(Failures, haveTheirCodesAndLines)
 INSTANTIATE_TEST_SUITE_P(Cases, Failures, testing::ValuesIn(readCases("failures.txt")),
                          testing::PrintToStringParamName());
 
-TEST(Failures, withoutADatabaseAreThoseOfTheFirstStep)
+TEST(Failures, withoutADatabaseOrTablesAreThoseOfTheFirstStep)
 {
-    const TemporaryDirectory directory;
-    std::filesystem::create_directory("CacheDb");
-    const RunningCache cache;
-    EXPECT_EQ(getLaunchCacheResult(), TARNEL_DATABASE_UNAVAILABLE);
-    takeLog();
-    for (const Export &function : exports()) {
-        SCOPED_TRACE(function.name);
-        const std::vector<Step> steps = stepsOf(function.name);
-        ASSERT_FALSE(steps.empty()) << "every function is listed";
-        EXPECT_EQ(function.callWith(1), steps.front().code);
-        expectLogOf(steps.front(), "Driver not loaded Driver not loaded");
+    const std::tuple<const char *, unsigned int, const char *> findings[] = {
+        {"mkdir CacheDb", TARNEL_DATABASE_UNAVAILABLE, "Driver not loaded Driver not loaded"},
+        {"echo garbage >CacheDb", TARNEL_DATABASE_RECREATED_VERSION_MISMATCH, ""}};
+    for (const auto &[command, result, text] : findings) {
+        const TemporaryDirectory directory;
+        ASSERT_EQ(std::system(command), 0);
+        const RunningCache cache;
+        EXPECT_EQ(getLaunchCacheResult(), result);
+        takeLog();
+        for (const Export &function : exports()) {
+            SCOPED_TRACE(function.name);
+            const std::vector<Step> steps = stepsOf(function.name);
+            ASSERT_FALSE(steps.empty()) << "every function is listed";
+            EXPECT_EQ(function.callWith(1), steps.front().code);
+            expectLogOf(steps.front(), text);
+        }
     }
 }
 

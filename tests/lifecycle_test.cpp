@@ -1,19 +1,13 @@
-#include "databasefile.h"
 #include "exports.h"
 
 #include <atomic>
-#include <chrono>
-#include <csignal>
 #include <fstream>
 #include <iostream>
-#include <optional>
 #include <random>
 
 namespace client {
 
 namespace {
-
-using namespace std::chrono_literals;
 
 bool isRunning()
 {
@@ -53,46 +47,6 @@ TEST_F(Lifecycle, stateAndResultFollowTheLaunch)
     }
 }
 
-/// Questions do not wait for a long call, and an exit does. One that is held up between its wish and its deed must not
-/// take the cache from the launch that follows.
-TEST_F(Lifecycle, exitWaitsForALongCallAndLeavesTheNextLaunchAlone)
-{
-    static std::atomic<bool> isHeldUp = true;
-    std::signal(SIGUSR1, [](int) {
-        while (isHeldUp) {
-        }
-    });
-    std::thread former(launchCache);
-    ASSERT_TRUE(waitUntil(isRunning));
-    std::optional<Connection> foreign(std::in_place);
-    foreign->ask("BEGIN IMMEDIATE");
-    std::atomic<bool> isAdded = false;
-    std::thread writer([&] {
-        EXPECT_EQ(add(), "0") << "it waits for what others write";
-        isAdded = true;
-    });
-    std::this_thread::sleep_for(200ms);
-    EXPECT_TRUE(isRunning());
-    EXPECT_EQ(getLaunchCacheResult(), TARNEL_DATABASE_CREATED);
-    std::atomic<bool> isExited = false;
-    std::thread exit([&] {
-        exitCache();
-        isExited = true;
-    });
-    std::this_thread::sleep_for(200ms);
-    EXPECT_FALSE(isAdded || isExited);
-#ifndef __SANITIZE_THREAD__ // Which puts signals off.
-    ::pthread_kill(exit.native_handle(), SIGUSR1);
-#endif
-    foreign.reset();
-    writer.join();
-    former.join();
-    const RunningCache next;
-    isHeldUp = false;
-    exit.join();
-    EXPECT_TRUE(isRunning());
-}
-
 /// One thread launches, this one exits at any moment, and further ones call, ask, launch and exit in between.
 TEST_F(Lifecycle, cyclesNeitherHangNorGrow)
 {
@@ -121,8 +75,8 @@ TEST_F(Lifecycle, cyclesNeitherHangNorGrow)
         }
         --interferers;
     };
-    std::thread threads[] = {std::thread(interfere, std::mt19937(random())),
-                             std::thread(interfere, std::mt19937(random()))};
+    std::jthread one(interfere, std::mt19937(random()));
+    std::jthread other(interfere, std::mt19937(random()));
 
     std::pair<long, long> early;
     unsigned int runs = 0;
@@ -131,7 +85,7 @@ TEST_F(Lifecycle, cyclesNeitherHangNorGrow)
             early = footprint();
         isInterfering = cycle % 2 == 1;
         std::atomic<bool> isEnded = false;
-        std::thread launch([&] {
+        std::jthread launch([&] {
             launchCache();
             isEnded = true;
         });
@@ -139,14 +93,11 @@ TEST_F(Lifecycle, cyclesNeitherHangNorGrow)
         runs += isRunning();
         // The launch may not have been entered yet, which makes this exit one without a launch.
         ASSERT_TRUE(exitUntil([&] { return isEnded.load(); })) << cycle;
-        launch.join();
     }
     isInterfering = false;
     isOver = true;
     // One of them may sit in a launch of its own.
     ASSERT_TRUE(exitUntil([&] { return interferers == 0; }));
-    for (std::thread &thread : threads)
-        thread.join();
     EXPECT_GT(runs, 0U);
     EXPECT_GT(calls, 0U);
 

@@ -18,7 +18,7 @@ TEST_F(Threads, mayCallEverything)
     const unsigned int seed = setting("TARNEL_SEED", std::random_device()());
     std::cout << "seed " << seed << '\n';
     std::vector<std::atomic<unsigned int>> served(exports().size());
-    std::vector<std::thread> callers;
+    std::vector<std::jthread> callers;
     for (unsigned int i = 0; i < 4; ++i)
         callers.emplace_back([&, random = std::mt19937(seed + i)]() mutable {
             while (std::chrono::steady_clock::now() < end) {
@@ -35,8 +35,7 @@ TEST_F(Threads, mayCallEverything)
         const RunningCache cache;
         std::this_thread::sleep_for(200ms);
     }
-    for (std::thread &caller : callers)
-        caller.join();
+    callers.clear();
     for (std::size_t i = 0; i < served.size(); ++i)
         EXPECT_GT(served[i], 0U) << exports()[i].name;
 }
