@@ -80,9 +80,8 @@ int mapSharedMemory(sqlite3_file *file, int page, int size, int extend, void vol
 /// What was locked can always be unlocked.
 int lockSharedMemory(sqlite3_file *file, int offset, int count, int flags)
 {
-    if ((flags & SQLITE_SHM_UNLOCK) != 0)
-        return carryOut<none, &sqlite3_io_methods::xShmLock>(file, offset, count, flags);
-    return carryOut<Lock, &sqlite3_io_methods::xShmLock>(file, offset, count, flags);
+    const int code = (flags & SQLITE_SHM_UNLOCK) != 0 ? SQLITE_OK : refusal(Lock);
+    return code != SQLITE_OK ? code : carryOut<none, &sqlite3_io_methods::xShmLock>(file, offset, count, flags);
 }
 
 const sqlite3_io_methods methods = {

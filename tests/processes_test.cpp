@@ -13,20 +13,24 @@ namespace {
 
 using namespace std::chrono_literals;
 
+/// Forks again and again; each child does something, which gives its status, and exits.
+void expectExits(const std::function<int()> &work)
+{
+    for (int round = 0; round < 20 && !testing::Test::HasFailure(); ++round)
+        EXPECT_EXIT((::alarm(20), std::exit(work())), testing::ExitedWithCode(0), "");
+}
+
 /// Forks at any moment of calls of another thread, which have this code; `isWell` is asked in the children.
 void forkDuringCalls(unsigned int code, const std::function<bool()> &isWell)
 {
     const Busy caller(1, [code] { EXPECT_EQ(clearAll(), code); });
-    const auto work = [&] {
-        ::alarm(20);
+    expectExits([&] {
         const int status = isWell() ? 0 : 1;
 #ifdef TARNEL_SANITIZED // Whose own locks may have been held by a thread that is not here.
         ::_exit(status);
 #endif
-        std::exit(status);
-    };
-    for (int round = 0; round < 20 && !testing::Test::HasFailure(); ++round)
-        EXPECT_EXIT(work(), testing::ExitedWithCode(0), "");
+        return status;
+    });
 }
 
 } // namespace
@@ -35,8 +39,7 @@ using Process = DirectoryTest;
 
 TEST_F(Process, mayExitInTheMiddleOfEverything)
 {
-    const auto work = [] {
-        ::alarm(20);
+    expectExits([] {
         [[maybe_unused]] static const auto *const cache = new RunningCache;
         [[maybe_unused]] static const auto *const callers = new Busy(2, [] {
             api::Locale *locale = nullptr;
@@ -44,10 +47,8 @@ TEST_F(Process, mayExitInTheMiddleOfEverything)
             getLocale(&locale, 1);
         });
         std::this_thread::sleep_for(5ms);
-        std::exit(0);
-    };
-    for (int round = 0; round < 20; ++round)
-        EXPECT_EXIT(work(), testing::ExitedWithCode(0), "");
+        return 0;
+    });
 }
 
 TEST_F(Process, mayForkWhileTheCacheRuns)

@@ -137,35 +137,24 @@ TEST(ReadsOfSeveralSteps, seeOneState)
     }
 }
 
-/// The first event makes an index, behind the backs of those who read.
-TEST(ReadsOfEvents, areNotDisturbedByTheirIndex)
-{
-    for (int round = 0; round < 10; ++round) {
-        const TemporaryDirectory directory;
-        const RunningCache cache;
-        EXPECT_EQ(call("addDevices", {items(R"({"id":1})")}), "0");
-        const Busy readers(3, [&] { EXPECT_NE(call("getEvents", {0, ~0U}), "7"); });
-        EXPECT_EQ(call("addEvents", {items(R"({"id":1,"time":1,"device":1})")}), "0 1|1|1");
-        EXPECT_EQ(call("getEvents", {0, ~0U}), "0 1|1|1");
-    }
-}
-
 /// Neither reads nor writes that go on keep what was written from being in the file within two seconds.
 TEST_F(Reads, andWritesDoNotKeepTheLogFromBeingFolded)
 {
     const RunningCache cache;
     addUsers(1);
     const Busy readers(3, [] { readDomain(); });
-    const auto end = std::chrono::steady_clock::now() + 2s;
-    while (std::chrono::steady_clock::now() < end) {
-        EXPECT_EQ(call("addLocales", {items(R"({"id":1})")}), "0");
-        std::this_thread::sleep_for(50ms);
+    for (const bool isWriting : {true, false}) {
+        const auto end = std::chrono::steady_clock::now() + 4s; // Twice what is promised, for busy machines.
+        const auto isFolded = [=] {
+            return isWriting ? std::filesystem::file_size("CacheDb") > 60000
+                             : std::filesystem::file_size("CacheDb-wal") == 0;
+        };
+        while (!isFolded() && std::chrono::steady_clock::now() < end) {
+            EXPECT_TRUE(!isWriting || call("addLocales", {items(R"({"id":1})")}) == "0");
+            std::this_thread::sleep_for(50ms);
+        }
+        EXPECT_TRUE(isFolded()) << isWriting;
     }
-    // A copy by this process would drop its own locks on the file.
-    ASSERT_EQ(std::system("cp CacheDb copy"), 0);
-    EXPECT_EQ(ask("SELECT count(*) FROM Users", "copy"), "2000\n");
-    std::this_thread::sleep_for(2s);
-    EXPECT_EQ(std::filesystem::file_size("CacheDb-wal"), 0U);
 }
 
 TEST_F(Reads, byAnotherProcessNeitherHoldUpAnExitNorLoseTheirLog)
