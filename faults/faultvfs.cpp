@@ -2,6 +2,7 @@
 
 #include <sqlite3.h>
 
+#include <array>
 #include <bit>
 #include <mutex>
 #include <new>
@@ -25,16 +26,16 @@ Plan plan;
 /// The code that SQLite's own file system gives.
 int codeOf(unsigned int operation, Failure failure)
 {
-    constexpr int codes[] = {SQLITE_CANTOPEN,     SQLITE_IOERR_ACCESS, SQLITE_IOERR_READ,
-                             SQLITE_IOERR_WRITE,  SQLITE_IOERR_FSYNC,  SQLITE_IOERR_TRUNCATE,
-                             SQLITE_IOERR_DELETE, SQLITE_IOERR_LOCK,   SQLITE_IOERR_SHMMAP};
+    constexpr std::array codes = {SQLITE_CANTOPEN,     SQLITE_IOERR_ACCESS, SQLITE_IOERR_READ,
+                                  SQLITE_IOERR_WRITE,  SQLITE_IOERR_FSYNC,  SQLITE_IOERR_TRUNCATE,
+                                  SQLITE_IOERR_DELETE, SQLITE_IOERR_LOCK,   SQLITE_IOERR_SHMMAP};
     if (failure == Failure::Locked && operation == Lock)
         return SQLITE_BUSY;
     if (failure == Failure::DiskFull && operation == Write)
         return SQLITE_FULL;
     if (failure != Failure::InputOutput && operation == SharedMemory)
         return failure == Failure::DiskFull ? SQLITE_IOERR_SHMSIZE : SQLITE_CANTOPEN;
-    return codes[std::countr_zero(operation)];
+    return codes.at(static_cast<std::size_t>(std::countr_zero(operation)));
 }
 
 /// SQLITE_OK for an operation that is to be carried out.
