@@ -2,7 +2,8 @@
 
 #include <sqlite3.h>
 
-#include <cerrno>
+#include <array>
+#include <bit>
 #include <mutex>
 #include <new>
 #include <utility>
@@ -15,66 +16,38 @@ struct Plan {
     unsigned int operations = 0;
     Failure failure = Failure::InputOutput;
     Faults faults;
-    int failed = 0;
+    std::thread::id thread;
+    Effects effects;
 };
 
 std::mutex mutex;
 Plan plan;
 
-int systemError(Failure failure)
-{
-    switch (failure) {
-    case Failure::InputOutput:
-        return EIO;
-    case Failure::DiskFull:
-        return ENOSPC;
-    case Failure::NoDescriptor:
-        return EMFILE;
-    case Failure::NoPermission:
-        return EACCES;
-    case Failure::Locked:
-        return EAGAIN;
-    }
-    return 0;
-}
-
 /// The code that SQLite's own file system gives.
-int codeOf(Operation operation, Failure failure)
+int codeOf(unsigned int operation, Failure failure)
 {
-    switch (operation) {
-    case Open:
-        return SQLITE_CANTOPEN;
-    case Look:
-        return SQLITE_IOERR_ACCESS;
-    case Read:
-        return SQLITE_IOERR_READ;
-    case Write:
-        return failure == Failure::DiskFull ? SQLITE_FULL : SQLITE_IOERR_WRITE;
-    case Sync:
-        return SQLITE_IOERR_FSYNC;
-    case Truncate:
-        return SQLITE_IOERR_TRUNCATE;
-    case Delete:
-        return SQLITE_IOERR_DELETE;
-    case Lock:
-        return failure == Failure::Locked ? SQLITE_BUSY : SQLITE_IOERR_LOCK;
-    case SharedMemory:
-        if (failure == Failure::InputOutput)
-            return SQLITE_IOERR_SHMMAP;
+    constexpr std::array codes = {SQLITE_CANTOPEN,     SQLITE_IOERR_ACCESS, SQLITE_IOERR_READ,
+                                  SQLITE_IOERR_WRITE,  SQLITE_IOERR_FSYNC,  SQLITE_IOERR_TRUNCATE,
+                                  SQLITE_IOERR_DELETE, SQLITE_IOERR_LOCK,   SQLITE_IOERR_SHMMAP};
+    if (failure == Failure::Locked && operation == Lock)
+        return SQLITE_BUSY;
+    if (failure == Failure::DiskFull && operation == Write)
+        return SQLITE_FULL;
+    if (failure != Failure::InputOutput && operation == SharedMemory)
         return failure == Failure::DiskFull ? SQLITE_IOERR_SHMSIZE : SQLITE_CANTOPEN;
-    }
-    return SQLITE_OK;
+    return codes.at(static_cast<std::size_t>(std::countr_zero(operation)));
 }
 
 /// SQLITE_OK for an operation that is to be carried out.
 int refusal(unsigned int operation)
 {
     const std::lock_guard lock(mutex);
-    if ((plan.operations & operation) == 0 || !plan.faults.failsNow())
+    const bool isMeant = plan.thread == std::thread::id() || plan.thread == std::this_thread::get_id();
+    if ((plan.operations & operation) == 0 || !isMeant || !plan.faults.failsNow())
         return SQLITE_OK;
-    ++plan.failed;
-    errno = systemError(plan.failure);
-    return codeOf(static_cast<Operation>(operation), plan.failure);
+    ++plan.effects.failed;
+    errno = static_cast<int>(plan.failure);
+    return codeOf(operation, plan.failure);
 }
 
 /// An open file; that of the real file system lies right behind it.
@@ -108,9 +81,8 @@ int mapSharedMemory(sqlite3_file *file, int page, int size, int extend, void vol
 /// What was locked can always be unlocked.
 int lockSharedMemory(sqlite3_file *file, int offset, int count, int flags)
 {
-    if ((flags & SQLITE_SHM_UNLOCK) != 0)
-        return carryOut<none, &sqlite3_io_methods::xShmLock>(file, offset, count, flags);
-    return carryOut<Lock, &sqlite3_io_methods::xShmLock>(file, offset, count, flags);
+    const int code = (flags & SQLITE_SHM_UNLOCK) != 0 ? SQLITE_OK : refusal(Lock);
+    return code != SQLITE_OK ? code : carryOut<none, &sqlite3_io_methods::xShmLock>(file, offset, count, flags);
 }
 
 const sqlite3_io_methods methods = {
@@ -150,18 +122,6 @@ int open(sqlite3_vfs *, const char *name, sqlite3_file *memory, int flags, int *
     return code;
 }
 
-int remove(sqlite3_vfs *, const char *name, int syncDirectory)
-{
-    const int code = refusal(Delete);
-    return code != SQLITE_OK ? code : realVfs->xDelete(realVfs, name, syncDirectory);
-}
-
-int look(sqlite3_vfs *, const char *name, int flags, int *result)
-{
-    const int code = refusal(Look);
-    return code != SQLITE_OK ? code : realVfs->xAccess(realVfs, name, flags, result);
-}
-
 } // namespace
 
 void useFaultVfs()
@@ -171,28 +131,38 @@ void useFaultVfs()
     vfs.zName = "faults";
     vfs.szOsFile += static_cast<int>(sizeof(File));
     vfs.xOpen = open;
-    vfs.xDelete = remove;
-    vfs.xAccess = look;
-    vfs.xSleep = [](sqlite3_vfs *, int microseconds) { return microseconds; };
+    vfs.xDelete = [](sqlite3_vfs *, const char *name, int syncDirectory) {
+        const int code = refusal(Delete);
+        return code != SQLITE_OK ? code : realVfs->xDelete(realVfs, name, syncDirectory);
+    };
+    vfs.xAccess = [](sqlite3_vfs *, const char *name, int flags, int *result) {
+        const int code = refusal(Look);
+        return code != SQLITE_OK ? code : realVfs->xAccess(realVfs, name, flags, result);
+    };
+    vfs.xSleep = [](sqlite3_vfs *, int microseconds) {
+        const std::lock_guard lock(mutex);
+        plan.effects.waited += std::chrono::microseconds(microseconds);
+        return microseconds;
+    };
     sqlite3_vfs_register(&vfs, 1);
 }
 
-void failOperations(unsigned int operations, Failure failure, Faults faults)
+void failOperations(unsigned int operations, Failure failure, Faults faults, std::thread::id thread)
 {
     const std::lock_guard lock(mutex);
-    plan = {operations, failure, faults, 0};
+    plan = {operations, failure, faults, thread, {}};
 }
 
-int failedOperations()
+Effects endFailures()
 {
     const std::lock_guard lock(mutex);
-    return plan.failed;
+    return std::exchange(plan, {}).effects;
 }
 
-int endFailures()
+Effects effectsSoFar()
 {
     const std::lock_guard lock(mutex);
-    return std::exchange(plan, {}).failed;
+    return plan.effects;
 }
 
 } // namespace faults

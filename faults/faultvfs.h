@@ -2,6 +2,10 @@
 
 #include "faults/faults.h"
 
+#include <cerrno>
+#include <chrono>
+#include <thread>
+
 /// A file system for SQLite that carries everything out on the real one, and fails where it is told to.
 namespace faults {
 
@@ -18,19 +22,31 @@ enum Operation : unsigned int {
     SharedMemory = 256,
 };
 
-enum class Failure { InputOutput, DiskFull, NoDescriptor, NoPermission, Locked };
+/// The system's error.
+enum class Failure {
+    InputOutput = EIO,
+    DiskFull = ENOSPC,
+    NoDescriptor = EMFILE,
+    NoPermission = EACCES,
+    Locked = EAGAIN
+};
+
+struct Effects {
+    int failed = 0; ///< How many operations have failed.
+    std::chrono::microseconds waited{};
+};
 
 /// Makes it the process's default, also for connections that others open. Waiting for a lock takes no time in it, and
 /// nothing is flushed.
 void useFaultVfs();
 
-/// From now on such operations of all threads fail as the faults say.
-void failOperations(unsigned int operations, Failure failure, Faults faults);
+/// From now on such operations of all threads, or of one, fail as the faults say.
+void failOperations(unsigned int operations, Failure failure, Faults faults, std::thread::id thread = {});
 
-/// How many operations have failed since.
-int failedOperations();
+/// What has come of it until now.
+Effects effectsSoFar();
 
-/// Ends it; gives how many have failed.
-int endFailures();
+/// Ends it; gives what has come of it.
+Effects endFailures();
 
 } // namespace faults

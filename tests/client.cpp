@@ -50,10 +50,13 @@ RunningCache::RunningCache()
     EXPECT_TRUE(waitUntil([] { return getState() == TARNEL_STATE_RUNNING; })) << "the cache does not start";
 }
 
-RunningCache::~RunningCache()
+Busy::Busy(int threads, const std::function<void()> &work)
 {
-    exitCache();
-    m_thread.join();
+    for (int i = 0; i < threads; ++i)
+        m_threads.emplace_back([this, work] {
+            while (!m_isOver)
+                work();
+        });
 }
 
 unsigned int setting(const char *name, unsigned int otherwise)

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -67,10 +68,26 @@ class RunningCache
 {
 public:
     RunningCache();
-    ~RunningCache();
+    RunningCache(const RunningCache &) = delete;
+    RunningCache &operator=(const RunningCache &) = delete;
+    ~RunningCache() { exitCache(); }
 
 private:
-    std::thread m_thread{launchCache};
+    std::jthread m_thread{launchCache};
+};
+
+/// Threads that do something again and again until the object goes.
+class Busy
+{
+public:
+    Busy(int threads, const std::function<void()> &work);
+    Busy(const Busy &) = delete;
+    Busy &operator=(const Busy &) = delete;
+    ~Busy() { m_isOver = true; }
+
+private:
+    std::atomic<bool> m_isOver = false;
+    std::vector<std::jthread> m_threads;
 };
 
 /// A number from the environment, so that one binary serves both a quick run and a thorough one.

@@ -111,6 +111,13 @@ private:
     bool m_isArray = false;
 };
 
+/// A text in which # stands for a number.
+std::string numbered(const std::string &text, unsigned int number)
+{
+    static const std::regex mark("#");
+    return std::regex_replace(text, mark, std::to_string(number));
+}
+
 template <class... Parameters>
 Export makeExport(const char *name, unsigned int (*function)(Parameters...))
 {
@@ -134,13 +141,11 @@ Export makeExport(const char *name, unsigned int (*function)(Parameters...))
 std::string Export::callWith(unsigned int id) const
 {
     static const std::string request = readData("request.json");
-    static const std::regex mark("#");
-    const std::string number = std::to_string(id);
     std::vector<Argument> inputs;
     if (texts == 2)
-        inputs = {name.find("Organization") != std::string::npos ? "org_id" : "id", number};
+        inputs = {name.find("Organization") != std::string::npos ? "org_id" : "id", std::to_string(id)};
     else if (texts == 1)
-        inputs = {std::regex_replace(request, mark, number)};
+        inputs = {numbered(request, id)};
     inputs.resize(texts + numbers, id);
     return call(name == "getEvents" ? std::vector<Argument>{0, ~0U} : inputs);
 }
@@ -175,6 +180,14 @@ void addOneOfEverything()
 std::string items(const std::string &records)
 {
     return R"({"D":{"items":[)" + records + "]}}";
+}
+
+std::string items(const std::string &pattern, unsigned int first, unsigned int last)
+{
+    std::string records;
+    for (unsigned int id = first; id <= last; ++id)
+        records += (id == first ? "" : ",") + numbered(pattern, id);
+    return items(records);
 }
 
 std::string item(const std::string &record)

@@ -33,6 +33,8 @@ void addOneOfEverything();
 
 /// An "add" request of records that are given in JSON, separated by commas.
 std::string items(const std::string &records);
+/// One of records that follow a pattern, in which # stands for their identifiers.
+std::string items(const std::string &pattern, unsigned int first, unsigned int last);
 /// An "update" request.
 std::string item(const std::string &record);
 

@@ -74,48 +74,40 @@ TEST_P(Failures, haveTheirCodesAndLines)
 INSTANTIATE_TEST_SUITE_P(Cases, Failures, testing::ValuesIn(readCases("failures.txt")),
                          testing::PrintToStringParamName());
 
-TEST(Failures, withoutADatabaseAreThoseOfTheFirstStep)
+/// What would be written to a file that is not at its place is lost, and nobody could know.
+TEST(Failures, withoutADatabaseOrTablesOrTheFileAreThoseOfTheFirstStep)
 {
-    const TemporaryDirectory directory;
-    std::filesystem::create_directory("CacheDb");
-    const RunningCache cache;
-    EXPECT_EQ(getLaunchCacheResult(), TARNEL_DATABASE_UNAVAILABLE);
-    takeLog();
-    for (const Export &function : exports()) {
-        SCOPED_TRACE(function.name);
-        const std::vector<Step> steps = stepsOf(function.name);
-        ASSERT_FALSE(steps.empty()) << "every function is listed";
-        EXPECT_EQ(function.callWith(1), steps.front().code);
-        expectLogOf(steps.front(), "Driver not loaded Driver not loaded");
-    }
-}
-
-/// What would be written then is lost, and nobody could know.
-TEST(Failures, areAllWritesWhileTheFileIsNotAtItsPlace)
-{
-    for (const std::string verb : {"mv CacheDb moved", "rm CacheDb"}) {
-        SCOPED_TRACE(verb);
+    // Commands before the launch and after it, its result, and what the log says of each call.
+    constexpr const char *movedText = "the database file was moved or deleted while it was open";
+    const std::tuple<const char *, const char *, unsigned int, const char *> findings[] = {
+        {"mkdir CacheDb", "true", TARNEL_DATABASE_UNAVAILABLE, "Driver not loaded Driver not loaded"},
+        {"echo garbage >CacheDb", "true", TARNEL_DATABASE_RECREATED_VERSION_MISMATCH, ""},
+        {"true", "mv CacheDb moved", TARNEL_DATABASE_CREATED, movedText},
+        {"true", "rm CacheDb", TARNEL_DATABASE_CREATED, movedText},
+    };
+    for (const auto &[before, after, result, text] : findings) {
         const TemporaryDirectory directory;
+        ASSERT_EQ(std::system(before), 0);
         const RunningCache cache;
-        addOneOfEverything();
-        const std::string before = content();
-        ASSERT_EQ(std::system(verb.c_str()), 0);
+        ASSERT_EQ(getLaunchCacheResult(), result);
+        const bool isReadWell = result == TARNEL_DATABASE_CREATED;
+        if (isReadWell)
+            addOneOfEverything();
+        const std::string stored = isReadWell ? content() : "";
+        ASSERT_EQ(std::system(after), 0);
         takeLog();
         for (const Export &function : exports()) {
             SCOPED_TRACE(function.name);
-            const std::string answer = function.callWith(1);
-            if (function.isRead()) {
-                EXPECT_EQ(answer[0], '0');
-                continue;
-            }
-            const std::vector<Step> steps = stepsOf(function.name);
-            EXPECT_EQ(answer, "9");
-            EXPECT_NE(expectLogOf(*std::ranges::find(steps, "9", &Step::code)).find("moved or deleted"),
-                      std::string::npos);
+            std::vector<Step> steps = stepsOf(function.name);
+            std::erase_if(steps, [&](const Step &step) { return isReadWell && step.code != "9"; });
+            EXPECT_TRUE(!steps.empty() || function.isRead()) << "every function is listed";
+            EXPECT_EQ(function.callWith(1).substr(0, 1), steps.empty() ? "0" : steps.front().code);
+            if (!steps.empty())
+                expectLogOf(steps.front(), text);
         }
-        if (verb.starts_with("mv")) {
+        if (std::filesystem::exists("moved")) {
             std::filesystem::rename("moved", "CacheDb");
-            EXPECT_EQ(content(), before);
+            EXPECT_EQ(content(), stored);
             addOneOfEverything();
         }
     }

@@ -28,14 +28,11 @@ g++ -std=c++17 $flags "$work/client/cxxclient.cpp" -o "$work/build/pkgcxxclient"
 export LD_LIBRARY_PATH="$prefix/$libdir"
 header=$prefix/include/tarnel/tarnel.h
 export LSAN_OPTIONS="suppressions=$source/tests/lsan.supp:print_suppressions=0"
-for client in cclient cxxclient pkgcclient pkgcxxclient "python3 $work/client/client.py libTarnelLib.so.0 $header"; do
-    mkdir "$work/run"
-    cd "$work/run"
-    case $client in
-    python3*) timeout 60 $client ;;
-    *) timeout 60 "$work/build/$client" ;;
-    esac || { echo "$client has failed"; exit 1; }
+python="python3 $work/client/client.py libTarnelLib.so.0 $header"
+mkdir "$work/run"
+cd "$work/run"
+for client in "$work/build/cclient" "$work/build/cxxclient" "$work/build/pkgcclient" "$work/build/pkgcxxclient" "$python"; do
+    timeout 60 $client || { echo "$client has failed"; exit 1; }
     test "$(ls)" = CacheDb
-    cd "$work"
-    rm -r run
+    rm CacheDb
 done

@@ -35,13 +35,7 @@ class Function(NamedTuple):
     roles: list[str]
 
 
-class Call(NamedTuple):
-    """A call with its texts and numbers."""
-    function: Function
-    arguments: list
-
-    def __str__(self) -> str:
-        return f"  {self.function.name}({', '.join(map(str, self.arguments))})"
+Call = tuple[Function, list]  # With its texts and numbers.
 
 
 def functions(library: Library) -> list[Function]:
@@ -376,7 +370,7 @@ class Generator:
         elif "text" in function.roles:
             texts = [self.pick(self.TEXTS) if function.name == "setServerIp" else self.request(function)]
         numbers = [0xFFFFFFFF if self.one_in(20) else self.below(3) for role in function.roles if role == "number"]
-        return Call(function, texts + numbers)
+        return function, texts + numbers
 
     def program(self) -> list[Call]:
         """Most programs dwell on some kinds of record, which thus fill up; the others see all of them together."""
@@ -389,9 +383,9 @@ class Generator:
         for function in self.functions:
             for number in range(3):
                 if function.name == "removeAffectFlag":
-                    calls.append(Call(function, [json.dumps({"D": {"id": number}})]))
+                    calls.append((function, [json.dumps({"D": {"id": number}})]))
                 elif function.family == "gets" and function.roles.count("number") < 2:
-                    calls.append(Call(function, [number] * function.roles.count("number")))
+                    calls.append((function, [number] * function.roles.count("number")))
         return calls
 
 
@@ -401,14 +395,14 @@ def difference(library: Library, program: list[Call]) -> tuple | None:
     library.call("setServerIp", "")
     change_plans(library, analyze="")
     model = Model(library.members)
-    for call in program:
+    for function, arguments in program:
         try:
-            expected = 0, model.carry_out(call.function.family, call.function.kind, *call.arguments)
+            expected = 0, model.carry_out(function.family, function.kind, *arguments)
         except Refusal as refusal:
             expected = refusal.args[0], []
-        beside = BESIDE_CALLS.get(call.function.name)
-        code, contents = beside(library) if beside else library.call(call.function.name, *call.arguments)
-        if code == 0 and "count" in call.function.roles and call.function.name != "addEvents":
+        beside = BESIDE_CALLS.get(function.name)
+        code, contents = beside(library) if beside else library.call(function.name, *arguments)
+        if code == 0 and "count" in function.roles and function.name != "addEvents":
             contents[0].sort(key=lambda record: record["id"])  # They come in no particular order.
         if (code, contents) != expected:
             return expected, (code, contents)
@@ -429,7 +423,8 @@ with tempfile.TemporaryDirectory(dir="/dev/shm" if os.path.isdir("/dev/shm") els
                 shorter = program[:position] + program[position + 1:]
                 if again := difference(library, shorter):
                     program, found = shorter, again
-            print(f"seed {seed}", *program, f"expected {found[0]}", f"     got {found[1]}", sep="\n")
+            calls = [f"  {function.name}({', '.join(map(str, arguments))})" for function, arguments in program]
+            print(f"seed {seed}", *calls, f"expected {found[0]}", f"     got {found[1]}", sep="\n")
             break
     library.exit()
 sys.exit(found is not None)

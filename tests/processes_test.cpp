@@ -3,7 +3,6 @@
 #include <dlfcn.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <chrono>
 #include <cstdlib>
 
@@ -14,26 +13,24 @@ namespace {
 
 using namespace std::chrono_literals;
 
+/// Forks again and again; each child does something, which gives its status, and exits.
+void expectExits(const std::function<int()> &work)
+{
+    for (int round = 0; round < 20 && !testing::Test::HasFailure(); ++round)
+        EXPECT_EXIT((::alarm(20), std::exit(work())), testing::ExitedWithCode(0), "");
+}
+
 /// Forks at any moment of calls of another thread, which have this code; `isWell` is asked in the children.
 void forkDuringCalls(unsigned int code, const std::function<bool()> &isWell)
 {
-    std::atomic<bool> isBusy = true;
-    std::thread caller([&] {
-        while (isBusy)
-            EXPECT_EQ(clearAll(), code);
-    });
-    const auto work = [&] {
-        ::alarm(20);
+    const Busy caller(1, [code] { EXPECT_EQ(clearAll(), code); });
+    expectExits([&] {
         const int status = isWell() ? 0 : 1;
 #ifdef TARNEL_SANITIZED // Whose own locks may have been held by a thread that is not here.
         ::_exit(status);
 #endif
-        std::exit(status);
-    };
-    for (int round = 0; round < 20 && !testing::Test::HasFailure(); ++round)
-        EXPECT_EXIT(work(), testing::ExitedWithCode(0), "");
-    isBusy = false;
-    caller.join();
+        return status;
+    });
 }
 
 } // namespace
@@ -42,20 +39,16 @@ using Process = DirectoryTest;
 
 TEST_F(Process, mayExitInTheMiddleOfEverything)
 {
-    const auto work = [] {
-        ::alarm(20);
-        static const auto *const cache = new RunningCache;
-        const auto callForEver = [] {
-            for (api::Locale *locale = nullptr; cache != nullptr; getLocale(&locale, 1))
-                clearAll();
-        };
-        for (int i = 0; i < 2; ++i)
-            std::thread(callForEver).detach();
+    expectExits([] {
+        [[maybe_unused]] static const auto *const cache = new RunningCache;
+        [[maybe_unused]] static const auto *const callers = new Busy(2, [] {
+            api::Locale *locale = nullptr;
+            clearAll();
+            getLocale(&locale, 1);
+        });
         std::this_thread::sleep_for(5ms);
-        std::exit(0);
-    };
-    for (int round = 0; round < 20; ++round)
-        EXPECT_EXIT(work(), testing::ExitedWithCode(0), "");
+        return 0;
+    });
 }
 
 TEST_F(Process, mayForkWhileTheCacheRuns)
@@ -107,7 +100,7 @@ TEST_F(Process, mayRunALoopOfGlib)
     };
     for (const std::chrono::milliseconds delay : {0ms, 100ms}) {
         void *const loop = makeLoop(nullptr, 0);
-        std::thread launch([delay] {
+        std::jthread launch([delay] {
             std::this_thread::sleep_for(delay);
             launchCache();
         });
@@ -117,7 +110,6 @@ TEST_F(Process, mayRunALoopOfGlib)
         dropLoop(loop);
         EXPECT_EQ(getState(), TARNEL_STATE_RUNNING);
         exitCache();
-        launch.join();
     }
 }
 

@@ -1,7 +1,10 @@
 #include "client.h"
 
 #include <QCoreApplication>
+#include <QSqlDatabase>
+#include <QStringList>
 #include <QTimer>
+#include <sys/stat.h>
 
 #include <atomic>
 #include <clocale>
@@ -20,7 +23,7 @@ void ignoreSignal(int) {}
 /// What belongs to the whole process, and thus to the client.
 using ClientProcess = DirectoryTest;
 
-TEST_F(ClientProcess, keepsItsSignalHandlersLocaleAndMessageHandler)
+TEST_F(ClientProcess, keepsItsSignalHandlersLocaleMaskAndMessageHandler)
 {
     // What a library that takes the locale from the environment would change.
     ::setenv("LC_ALL", "C.UTF-8", 1);
@@ -29,10 +32,18 @@ TEST_F(ClientProcess, keepsItsSignalHandlersLocaleAndMessageHandler)
     for (const int number : handled)
         std::signal(number, ignoreSignal);
     qInstallMessageHandler(ignoreMessage);
+    const mode_t mask = ::umask(0);
     {
         const RunningCache cache;
         EXPECT_EQ(std::setlocale(LC_ALL, nullptr), locale);
+        EXPECT_EQ(QSqlDatabase::connectionNames(), QStringList("")) << "as its clients have been told";
     }
+    ASSERT_EQ(std::system("echo garbage >CacheDb"), 0);
+    {
+        const RunningCache cache;
+        EXPECT_TRUE(QSqlDatabase::contains("CacheDb")) << "when it is made anew";
+    }
+    EXPECT_EQ(::umask(mask), 0U);
     EXPECT_EQ(qInstallMessageHandler(nullptr), ignoreMessage);
     for (const int number : handled)
         EXPECT_EQ(std::signal(number, SIG_DFL), ignoreSignal) << number;

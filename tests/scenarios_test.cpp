@@ -1,8 +1,10 @@
 #include "databasefile.h"
 #include "exports.h"
+#include "failures.h"
 
 #include <algorithm>
 #include <cctype>
+#include <cstdio>
 #include <cstdlib>
 #include <optional>
 #include <regex>
@@ -15,10 +17,29 @@ namespace {
 /// How the file shows what editors do not.
 const std::regex byteOrderMark(R"(\\ufeff)");
 
+/// What a command writes.
+std::string outputOf(const std::string &command)
+{
+    std::string output;
+    FILE *const pipe = ::popen(command.c_str(), "r");
+    for (int next = 0; pipe != nullptr && (next = std::fgetc(pipe)) != EOF;)
+        output += static_cast<char>(next);
+    EXPECT_EQ(::pclose(pipe), 0) << command;
+    return output;
+}
+
+std::string logged()
+{
+    std::string all;
+    for (const std::string &line : takeLog())
+        all += line + ";\n";
+    return all;
+}
+
 std::string answerTo(const std::string &text)
 {
-    if (std::isupper(text[0]) != 0) { // A statement for the file.
-        std::string rows = ask(text);
+    if (text == "log" || text[0] == '$' || std::isupper(text[0]) != 0) {
+        std::string rows = text == "log" ? logged() : text[0] == '$' ? outputOf(text.substr(1)) : ask(text);
         std::ranges::replace(rows, '\n', ' ');
         return rows.substr(0, rows.find_last_not_of(' ') + 1);
     }
@@ -46,15 +67,15 @@ class Scenarios : public testing::TestWithParam<Case>
 TEST_P(Scenarios, runs)
 {
     const TemporaryDirectory directory;
+    takeLog();
     std::optional<RunningCache> cache(std::in_place);
     for (const std::string &line : GetParam().lines) {
         const std::size_t end = std::min(line.size(), line.find(" => "));
         const std::string text = line.substr(0, end);
         const std::string answer = end == line.size() ? "" : line.substr(end + 4);
-        if (text == "relaunch" || text == "launchAnew") {
+        if (text.starts_with("relaunch")) {
             cache.reset();
-            if (text == "launchAnew")
-                std::filesystem::remove("CacheDb");
+            EXPECT_EQ(outputOf(text.substr(8)), "");
             cache.emplace();
             EXPECT_EQ(std::to_string(getLaunchCacheResult()), answer) << text;
         } else {
