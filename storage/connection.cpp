@@ -8,7 +8,8 @@ namespace tarnelLib::controller {
 
 namespace {
 
-/// Keeps the lines of one failure together. A client's message handler may call the library from within one.
+/// Keeps the lines of one failure together. The call has its connection meanwhile: a message handler of the client's
+/// that calls the library may wait for ever, for this thread or for one that waits here.
 std::recursive_mutex logMutex;
 
 } // namespace
