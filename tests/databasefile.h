@@ -16,6 +16,7 @@ public:
     {
         if (sqlite3_open_v2(path, &m_connection, SQLITE_OPEN_READWRITE | flags, nullptr) != SQLITE_OK)
             throw std::runtime_error(path);
+        sqlite3_busy_timeout(m_connection, 2000); // The cache may be folding its log.
     }
     Connection(const Connection &) = delete;
     Connection &operator=(const Connection &) = delete;

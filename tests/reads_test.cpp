@@ -210,12 +210,15 @@ TEST_F(Reads, andWritesComeInTheOrderOfAsking)
         std::optional<Connection> foreign(std::in_place);
         foreign->ask("DELETE FROM Turns; BEGIN IMMEDIATE");
         std::vector<std::thread> writers;
+        std::atomic<int> asking = 0;
         for (int id = 1; id <= 4; ++id) {
-            writers.emplace_back([=] {
+            writers.emplace_back([=, &asking] {
+                asking = id;
                 add(id);
                 if (id == 1)
                     add(5);
             });
+            EXPECT_TRUE(waitUntil([&] { return asking == id; }));
             std::this_thread::sleep_for(50ms);
         }
         foreign.reset();
