@@ -181,13 +181,16 @@ TEST_F(Reads, andWritesComeInTheOrderOfAsking)
     for (int round = 0; round < 3; ++round) {
         std::optional<Connection> foreign(std::in_place);
         foreign->ask("DELETE FROM Turns; BEGIN IMMEDIATE");
+        std::atomic<int> asking = 0;
         std::vector<std::jthread> writers;
         for (int id = 1; id <= 4; ++id) {
-            writers.emplace_back([=] {
+            writers.emplace_back([=, &asking] {
+                asking = id;
                 add(id);
                 if (id == 1)
                     add(5);
             });
+            EXPECT_TRUE(waitUntil([&] { return asking == id; }));
             std::this_thread::sleep_for(50ms);
         }
         foreign.reset();
