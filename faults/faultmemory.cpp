@@ -52,9 +52,9 @@ extern "C" UNSANITIZED __attribute__((visibility("default"))) void *malloc(std::
     return isRefused(__builtin_return_address(0)) ? nullptr : SYSTEM_MALLOC(size);
 }
 
-extern "C" UNSANITIZED __attribute__((visibility("default"))) void *realloc(void *block, std::size_t size) noexcept
+extern "C" UNSANITIZED __attribute__((visibility("default"))) void *realloc(void *ptr, std::size_t size) noexcept
 {
-    return isRefused(__builtin_return_address(0)) ? nullptr : SYSTEM_REALLOC(block, size);
+    return isRefused(__builtin_return_address(0)) ? nullptr : SYSTEM_REALLOC(ptr, size);
 }
 
 UNSANITIZED void *operator new(std::size_t size)
