@@ -26,8 +26,8 @@ public:
     [[nodiscard]] unsigned int getState() const { return m_state; }
     [[nodiscard]] Result getConnectToDatabaseResult() const { return m_connectResult; }
 
-    /// Brings what was written into the main file.
-    void foldLog() { m_database.write()->foldLog(); }
+    /// Brings what was written into the main file; false if a read in progress keeps it off.
+    [[nodiscard]] bool foldLog() { return m_database.write()->foldLog(); }
     /// Lets the calls in progress end. Those that wait for a connection, or ask for one from now on, throw.
     void close() noexcept { m_database.close(); }
 

@@ -32,6 +32,7 @@ namespace {
 
 /// Written changes are in the main file at the latest this long after they were made, plus the folding itself.
 constexpr int foldDelayMs = 1000;
+constexpr int foldRetryMs = 200;
 
 /// What the whole library shares. It is never destroyed: a client may return from `main` while the cache runs.
 struct Cache {
@@ -115,9 +116,12 @@ void runLaunch(Launch &launch)
     QTimer foldTimer;
     foldTimer.setSingleShot(true);
     foldTimer.setInterval(foldDelayMs);
-    QObject::connect(&foldTimer, &QTimer::timeout, [] {
-        withController([](Controller &running) {
-            running.foldLog();
+    QObject::connect(&foldTimer, &QTimer::timeout, [&] {
+        withController([&](Controller &running) {
+            const bool isFolded = running.foldLog();
+            foldTimer.setInterval(isFolded ? foldDelayMs : foldRetryMs);
+            if (!isFolded)
+                foldTimer.start();
             return Result::Success;
         });
     });

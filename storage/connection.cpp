@@ -8,8 +8,7 @@ namespace tarnelLib::controller {
 
 namespace {
 
-/// Keeps the lines of one failure together. The call has its connection meanwhile: a message handler of the client's
-/// that calls the library may wait for ever, for this thread or for one that waits here.
+/// Keeps the lines of one failure together. A message handler must not call the library: the call has its connection.
 std::recursive_mutex logMutex;
 
 /// Whether the file has been moved or deleted since it was opened: what is written to it then, nobody will find.

@@ -154,10 +154,8 @@ bool lendNames(Connection &reader, std::vector<Event> &&events, Structures<Event
 
 bool readBack(Connection &reader, std::span<const Event> events, Structures<Event> &stored)
 {
-    std::vector<quint32> identifiers;
-    identifiers.reserve(events.size());
-    for (const Event &event : events)
-        identifiers.push_back(event.id);
+    std::vector<quint32> identifiers(events.size());
+    std::ranges::transform(events, identifiers.begin(), &Event::id);
     Query query =
         reader.prepare([] { return selectEvents(sql::JoinKind::Inner) + sql::whereIsListed(columnOf(&Event::id)); });
     query->bindList(1, identifiers);

@@ -24,10 +24,8 @@ public:
 
     [[nodiscard]] std::vector<quint32> identifiers() const
     {
-        std::vector<quint32> identifiers;
-        identifiers.reserve(m_owners.size());
-        for (const Api *owner : m_owners)
-            identifiers.push_back(owner->id);
+        std::vector<quint32> identifiers(m_owners.size());
+        std::ranges::transform(m_owners, identifiers.begin(), &Api::id);
         return identifiers;
     }
 

@@ -4,9 +4,10 @@ namespace tarnelLib::controller {
 
 namespace {
 
-/// How long a checkpoint that needs the log for itself waits for the reads in progress. It holds up writes alone: a
-/// read that begins meanwhile finds everything in the main file.
-constexpr int checkpointTimeoutMs = 20;
+// How long a checkpoint that needs the log for itself waits for the reads in progress: lists take longer than a commit
+// may. It holds up writes alone, as a read that begins meanwhile finds everything in the main file.
+constexpr int restartTimeoutMs = 20;
+constexpr int foldTimeoutMs = 100;
 
 /// From this size on a commit copies what it can from the log into the main file, as SQLite does by itself.
 constexpr int copiedLogPages = 1000;
@@ -39,24 +40,22 @@ void WriteConnection::noteLog()
 {
     const int pages = std::exchange(m_logPages, 0);
     if (pages >= copiedLogPages)
-        checkpoint(pages >= restartedLogPages ? SQLITE_CHECKPOINT_RESTART : SQLITE_CHECKPOINT_PASSIVE);
+        checkpoint(pages >= restartedLogPages ? SQLITE_CHECKPOINT_RESTART : SQLITE_CHECKPOINT_PASSIVE,
+                   restartTimeoutMs);
     if (!std::exchange(m_isLogUnfolded, true))
         m_onLogGrew();
 }
 
-void WriteConnection::foldLog()
+bool WriteConnection::foldLog()
 {
-    if (!m_isLogUnfolded || connection() == nullptr)
-        return;
-    m_isLogUnfolded = checkpoint(SQLITE_CHECKPOINT_TRUNCATE) != SQLITE_OK;
-    // A longer read, or one in another process, only puts it off.
-    if (m_isLogUnfolded)
-        m_onLogGrew();
+    if (m_isLogUnfolded && connection() != nullptr)
+        m_isLogUnfolded = checkpoint(SQLITE_CHECKPOINT_TRUNCATE, foldTimeoutMs) != SQLITE_OK;
+    return !m_isLogUnfolded;
 }
 
-int WriteConnection::checkpoint(int mode)
+int WriteConnection::checkpoint(int mode, int timeoutMs)
 {
-    sqlite3_busy_timeout(connection(), checkpointTimeoutMs);
+    sqlite3_busy_timeout(connection(), timeoutMs);
     const int code = sqlite3_wal_checkpoint_v2(connection(), nullptr, mode, nullptr, nullptr);
     sqlite3_busy_timeout(connection(), busyTimeoutMs);
     return code;

@@ -18,8 +18,9 @@ public:
     /// Starts with an open connection of SQLite's.
     void attach(sqlite3 *connection);
 
-    /// Brings what was written into the main file, so that it is complete without side files.
-    void foldLog();
+    /// Brings what was written into the main file, so that it is complete without side files; false if a read
+    /// in progress keeps it off.
+    [[nodiscard]] bool foldLog();
 
     /// Carries out the steps in one transaction: kept if all of them succeed, undone otherwise.
     template <class Steps>
@@ -52,7 +53,7 @@ public:
 
 private:
     void noteLog();
-    int checkpoint(int mode);
+    int checkpoint(int mode, int timeoutMs);
 
     std::function<void()> m_onLogGrew;
     int m_logPages = 0; ///< Since the log was last looked at.
