@@ -2,7 +2,6 @@
 
 using tarnelLib::Result;
 using tarnelLib::controller::Database;
-using tarnelLib::controller::Text;
 namespace api = tarnelLib::api;
 
 unsigned int setServerIp(const unsigned short *address, unsigned int length)
@@ -18,7 +17,7 @@ unsigned int getServerIp(unsigned short **address)
     return api::withController([&](auto &controller) {
         if (!api::isFree(address))
             return Result::InvalidArgument;
-        std::optional<Text> stored;
+        std::optional<tarnelLib::controller::Text> stored;
         const Result read = controller.getServerIp(stored);
         if (read == Result::Success && stored && !stored->view().empty())
             *address = std::move(*stored).release();
