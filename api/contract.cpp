@@ -1,7 +1,6 @@
 #include "api/families.h"
 
 using tarnelLib::controller::Contract;
-namespace api = tarnelLib::api;
 
 unsigned int addContracts(const unsigned short *text, unsigned int length)
 {

@@ -1,7 +1,6 @@
 #include "api/families.h"
 
 using tarnelLib::controller::Contractor;
-namespace api = tarnelLib::api;
 
 unsigned int addContractors(const unsigned short *text, unsigned int length)
 {

@@ -1,7 +1,6 @@
 #include "api/families.h"
 
 using tarnelLib::controller::Device;
-namespace api = tarnelLib::api;
 
 unsigned int addDevices(const unsigned short *text, unsigned int length)
 {

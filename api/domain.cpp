@@ -1,7 +1,6 @@
 #include "api/families.h"
 
 using tarnelLib::controller::Domain;
-namespace api = tarnelLib::api;
 
 unsigned int addDomains(const unsigned short *text, unsigned int length)
 {

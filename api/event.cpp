@@ -1,7 +1,6 @@
 #include "api/families.h"
 
 using tarnelLib::controller::Event;
-namespace api = tarnelLib::api;
 
 unsigned int addEvent(api::Event **event, const unsigned short *text, unsigned int length)
 {

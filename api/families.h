@@ -170,3 +170,5 @@ unsigned int freeItems(controller::ApiOf<Record> *structures, unsigned int count
 }
 
 } // namespace tarnelLib::api
+
+namespace api = tarnelLib::api; // For the files of the kinds.

@@ -1,7 +1,6 @@
 #include "api/families.h"
 
 using tarnelLib::controller::Locale;
-namespace api = tarnelLib::api;
 
 unsigned int addLocales(const unsigned short *text, unsigned int length)
 {

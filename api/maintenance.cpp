@@ -2,7 +2,6 @@
 
 using tarnelLib::Result;
 using tarnelLib::controller::Database;
-namespace api = tarnelLib::api;
 
 unsigned int setServerIp(const unsigned short *address, unsigned int length)
 {

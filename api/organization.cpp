@@ -1,7 +1,6 @@
 #include "api/families.h"
 
 using tarnelLib::controller::Organization;
-namespace api = tarnelLib::api;
 
 unsigned int addOrganizations(const unsigned short *text, unsigned int length)
 {

@@ -1,7 +1,6 @@
 #include "api/families.h"
 
 using tarnelLib::controller::Section;
-namespace api = tarnelLib::api;
 
 unsigned int getSection(api::Section **section, unsigned int device, unsigned int id)
 {

@@ -1,7 +1,6 @@
 #include "api/families.h"
 
 using tarnelLib::controller::Site;
-namespace api = tarnelLib::api;
 
 unsigned int addSites(const unsigned short *text, unsigned int length)
 {

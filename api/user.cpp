@@ -1,7 +1,6 @@
 #include "api/families.h"
 
 using tarnelLib::controller::User;
-namespace api = tarnelLib::api;
 
 unsigned int addUsers(const unsigned short *text, unsigned int length)
 {

@@ -1,7 +1,6 @@
 #include "api/families.h"
 
 using tarnelLib::controller::Zone;
-namespace api = tarnelLib::api;
 
 unsigned int getZone(api::Zone **zone, unsigned int device, unsigned int section, unsigned int id)
 {

@@ -4,8 +4,6 @@
 
 #include <QDebug>
 
-#include <new>
-
 namespace tarnelLib::controller {
 
 void Controller::connectToDatabase(const QString &path)

@@ -182,7 +182,7 @@ CacheAccess::CacheAccess()
 {
     if (isForkedOff)
         return;
-    const std::lock_guard lock(cache().mutex);
+    const auto lock = controller::lockBriefly(cache().mutex);
     Launch *const launch = cache().running.get();
     // None when the launch is on its way out: a busy client must not hold up the exit.
     if (launch == nullptr || launch->isExitRequested || !launch->controller)
@@ -196,7 +196,7 @@ CacheAccess::~CacheAccess()
 {
     if (m_launch == nullptr)
         return;
-    const std::lock_guard lock(cache().mutex);
+    const auto lock = controller::lockBriefly(cache().mutex);
     if (--m_launch->calls == 0 && m_launch->isExitRequested)
         cache().callsEnded.notify_all();
 }

@@ -2,8 +2,6 @@
 
 #include "controller/controller.h"
 
-#include <new>
-
 /// The cache from its launch to its exit, and the calls in between.
 namespace tarnelLib::runtime {
 

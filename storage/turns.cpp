@@ -4,6 +4,17 @@
 
 namespace tarnelLib::controller {
 
+std::unique_lock<std::mutex> lockBriefly(std::mutex &mutex)
+{
+    std::unique_lock lock(mutex, std::defer_lock);
+    for (int tries = 0; tries < 200; ++tries) {
+        if (lock.try_lock())
+            return lock;
+    }
+    lock.lock();
+    return lock;
+}
+
 void Turns::open(std::size_t connections)
 {
     while (m_free.size() < connections)
@@ -12,7 +23,7 @@ void Turns::open(std::size_t connections)
 
 std::size_t Turns::take()
 {
-    std::unique_lock lock(m_mutex);
+    std::unique_lock lock = lockBriefly(m_mutex);
     if (m_isClosed)
         throw Closed();
     if (!m_free.empty()) {
@@ -33,7 +44,7 @@ std::size_t Turns::take()
 
 void Turns::giveBack(std::size_t connection) noexcept
 {
-    const std::lock_guard lock(m_mutex);
+    const auto lock = lockBriefly(m_mutex);
     if (m_waiters.empty()) {
         m_free.push_back(connection); // There is room: it was taken from here.
         return;

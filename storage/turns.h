@@ -8,6 +8,9 @@
 
 namespace tarnelLib::controller {
 
+/// Takes a mutex that is held for moments only: to sleep until it is free would take longer than to try again.
+std::unique_lock<std::mutex> lockBriefly(std::mutex &mutex);
+
 /// Turns at connections, of which each serves one call at a time. Calls get them in the order in which they ask: a
 /// mutex would let a busy thread overtake a waiting one again and again.
 class Turns
