@@ -39,10 +39,8 @@ bool isEqualMember(const Row &row, const Api &left, const Api &right)
         return std::equal(item, item + left.*row.apiCount, other, other + right.*row.apiCount, areEqual);
     else if constexpr (std::is_same_v<decltype(item), unsigned short *const>)
         return viewOf(item) == viewOf(other);
-    else if (item == nullptr || other == nullptr)
-        return item == other;
     else
-        return areEqual(*item, *other);
+        return item == other || (item != nullptr && other != nullptr && areEqual(*item, *other));
 }
 
 template <class Record>
