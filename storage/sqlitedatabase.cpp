@@ -114,12 +114,14 @@ bool SQLiteDatabase::useConnection()
     // Waits for a lock once; each of the statements that follow would wait for it again. A file that is no database
     // fails at its first read, not here.
     const int code = file::execute(connection, "SELECT 1 FROM sqlite_master LIMIT 1");
-    if ((code != SQLITE_OK && !Failure::isOfContent(code)) || (m_isFileNew && !file::useLog(connection))) {
-        file::logUnavailable(connection);
-        return false;
+    bool isUsable = code == SQLITE_OK || Failure::isOfContent(code);
+    if (isUsable) {
+        m_writer.attach(connection);
+        isUsable = !m_isFileNew || file::useLog(connection);
     }
-    m_writer.attach(connection);
-    return true;
+    if (!isUsable)
+        file::logUnavailable(connection);
+    return isUsable;
 }
 
 bool SQLiteDatabase::isDbVersionActual()

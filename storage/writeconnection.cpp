@@ -22,8 +22,9 @@ void WriteConnection::attach(sqlite3 *connection)
 {
     QueryPreparer::attach(connection);
     configure();
-    // A commit is on the disk when it returns.
-    sqlite3_exec(connection, "PRAGMA synchronous=FULL", nullptr, nullptr, nullptr);
+    // A commit is on the disk when it returns. Without a log that takes more than FULL: a journal whose removal the
+    // disk has not noted yet would undo the commit after a power cut.
+    sqlite3_exec(connection, "PRAGMA synchronous=EXTRA", nullptr, nullptr, nullptr);
     const auto onCommit = [](void *self, sqlite3 *, const char *, int pages) {
         static_cast<WriteConnection *>(self)->m_logPages = pages;
         return SQLITE_OK;
