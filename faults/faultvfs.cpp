@@ -6,6 +6,8 @@
 #include <bit>
 #include <mutex>
 #include <new>
+#include <string>
+#include <type_traits>
 #include <utility>
 
 namespace faults {
@@ -22,6 +24,7 @@ struct Plan {
 
 std::mutex mutex;
 Plan plan;
+PowerCut *powerCut = nullptr; ///< Set while it is wanted.
 
 /// The code that SQLite's own file system gives.
 int codeOf(unsigned int operation, Failure failure)
@@ -52,6 +55,9 @@ int refusal(unsigned int operation)
 
 /// An open file; that of the real file system lies right behind it.
 struct File : sqlite3_file {
+    const char *path;  ///< Null for a temporary one.
+    bool isNewJournal; ///< With the first flush of which its directory is flushed, too.
+
     [[nodiscard]] sqlite3_file *real() { return reinterpret_cast<sqlite3_file *>(this + 1); }
 };
 
@@ -72,6 +78,38 @@ int carryOut(sqlite3_file *file, Parameters... parameters)
     return (real->pMethods->*method)(real, parameters...);
 }
 
+/// Tells the power cut of something that was done to a file.
+template <class... Arguments>
+int noted(int code, sqlite3_file *file, void (PowerCut::*event)(const std::string &, Arguments...),
+          std::type_identity_t<Arguments>... arguments)
+{
+    const char *const path = static_cast<File *>(file)->path;
+    if (code == SQLITE_OK && powerCut != nullptr && path != nullptr)
+        (powerCut->*event)(path, std::move(arguments)...);
+    return code;
+}
+
+int write(sqlite3_file *file, const void *bytes, int size, sqlite3_int64 offset)
+{
+    const int code = carryOut<Write, &sqlite3_io_methods::xWrite>(file, bytes, size, offset);
+    return noted(code, file, &PowerCut::isWritten, static_cast<std::size_t>(offset),
+                 std::string(static_cast<const char *>(bytes), static_cast<std::size_t>(size)));
+}
+
+int truncate(sqlite3_file *file, sqlite3_int64 size)
+{
+    const int code = carryOut<Truncate, &sqlite3_io_methods::xTruncate>(file, size);
+    return noted(code, file, &PowerCut::isTruncated, static_cast<std::size_t>(size));
+}
+
+int flush(sqlite3_file *file, int)
+{
+    const int code = noted(refusal(Sync), file, &PowerCut::isFlushed);
+    if (code == SQLITE_OK && powerCut != nullptr && std::exchange(static_cast<File *>(file)->isNewJournal, false))
+        powerCut->isDirectoryFlushed();
+    return code;
+}
+
 int mapSharedMemory(sqlite3_file *file, int page, int size, int extend, void volatile **memory)
 {
     *memory = nullptr;
@@ -85,13 +123,13 @@ int lockSharedMemory(sqlite3_file *file, int offset, int count, int flags)
     return code != SQLITE_OK ? code : carryOut<none, &sqlite3_io_methods::xShmLock>(file, offset, count, flags);
 }
 
-const sqlite3_io_methods methods = {
+sqlite3_io_methods methods = {
     .iVersion = 2,
     .xClose = carryOut<none, &sqlite3_io_methods::xClose>,
     .xRead = carryOut<Read, &sqlite3_io_methods::xRead>,
-    .xWrite = carryOut<Write, &sqlite3_io_methods::xWrite>,
-    .xTruncate = carryOut<Truncate, &sqlite3_io_methods::xTruncate>,
-    .xSync = [](sqlite3_file *, int) { return refusal(Sync); },
+    .xWrite = write,
+    .xTruncate = truncate,
+    .xSync = flush,
     .xFileSize = carryOut<Look, &sqlite3_io_methods::xFileSize>,
     .xLock = carryOut<Lock, &sqlite3_io_methods::xLock>,
     .xUnlock = carryOut<none, &sqlite3_io_methods::xUnlock>,
@@ -112,9 +150,12 @@ sqlite3_vfs *realVfs = nullptr;
 int open(sqlite3_vfs *, const char *name, sqlite3_file *memory, int flags, int *outFlags)
 {
     auto *const file = ::new (memory) File();
+    file->path = name;
+    file->isNewJournal =
+        (flags & SQLITE_OPEN_CREATE) != 0 && (flags & (SQLITE_OPEN_MAIN_JOURNAL | SQLITE_OPEN_WAL)) != 0;
     file->pMethods = nullptr;
     file->real()->pMethods = nullptr;
-    int code = refusal(Open);
+    int code = noted(refusal(Open), file, &PowerCut::isOpened);
     if (code == SQLITE_OK)
         code = realVfs->xOpen(realVfs, name, file->real(), flags, outFlags);
     if (file->real()->pMethods != nullptr)
@@ -132,8 +173,14 @@ void useFaultVfs()
     vfs.szOsFile += static_cast<int>(sizeof(File));
     vfs.xOpen = open;
     vfs.xDelete = [](sqlite3_vfs *, const char *name, int syncDirectory) {
-        const int code = refusal(Delete);
-        return code != SQLITE_OK ? code : realVfs->xDelete(realVfs, name, syncDirectory);
+        int code = refusal(Delete);
+        if (code == SQLITE_OK)
+            code = realVfs->xDelete(realVfs, name, 0);
+        File file{{}, name, false};
+        noted(code, &file, &PowerCut::isRemoved);
+        if (code == SQLITE_OK && powerCut != nullptr && syncDirectory != 0)
+            powerCut->isDirectoryFlushed();
+        return code;
     };
     vfs.xAccess = [](sqlite3_vfs *, const char *name, int flags, int *result) {
         const int code = refusal(Look);
@@ -157,6 +204,16 @@ Effects endFailures()
 {
     const std::lock_guard lock(mutex);
     return std::exchange(plan, {}).effects;
+}
+
+void offerSharedMemory(bool isOffered)
+{
+    methods.iVersion = isOffered ? 2 : 1;
+}
+
+void keepUnflushed(PowerCut *cut)
+{
+    powerCut = cut;
 }
 
 Effects effectsSoFar()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "faults/faults.h"
+#include "faults/powercut.h"
 
 #include <cerrno>
 #include <chrono>
@@ -42,6 +43,12 @@ void useFaultVfs();
 
 /// From now on such operations of all threads, or of one, fail as the faults say.
 void failOperations(unsigned int operations, Failure failure, Faults faults, std::thread::id thread = {});
+
+/// Without it there is no log for reads beside writes in files that are opened from now on.
+void offerSharedMemory(bool isOffered);
+
+/// From now on tells it what is done to files; null ends that. Not while a file is in use.
+void keepUnflushed(PowerCut *cut);
 
 /// What has come of it until now.
 Effects effectsSoFar();

@@ -24,7 +24,8 @@ std::vector<Step> stepsIn(const Case &lines);
 /// The steps of a function in their order.
 std::vector<Step> stepsOf(const std::string &function);
 
-/// Expects the log to be that of one failing step, and gives the driver's text; it may be any if none is given.
-std::string expectLogOf(const Step &step, const std::string &text = "");
+/// Expects the log to be that of one of these steps, failing, and gives the driver's text; it may be any if none is
+/// given.
+std::string expectLogOf(const std::vector<Step> &steps, const std::string &text = "");
 
 } // namespace client

@@ -67,7 +67,7 @@ TEST_P(Failures, haveTheirCodesAndLines)
         const bool isLaunch = step.function == "launchCache";
         EXPECT_EQ(isLaunch ? launchForbidden(step.verb, step.table) : callBroken(step.function, step.verb, step.table),
                   step.code);
-        expectLogOf(step, step.text);
+        expectLogOf({step}, step.text);
     }
 }
 
@@ -103,7 +103,7 @@ TEST(Failures, withoutADatabaseOrTablesOrTheFileAreThoseOfTheFirstStep)
             EXPECT_TRUE(!steps.empty() || function.isRead()) << "every function is listed";
             EXPECT_EQ(function.callWith(1).substr(0, 1), steps.empty() ? "0" : steps.front().code);
             if (!steps.empty())
-                expectLogOf(steps.front(), text);
+                expectLogOf({steps.front()}, text);
         }
         if (std::filesystem::exists("moved")) {
             std::filesystem::rename("moved", "CacheDb");

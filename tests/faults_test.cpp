@@ -1,79 +1,186 @@
+#include "circumstances.h"
 #include "databasefile.h"
 #include "exports.h"
 #include "failures.h"
-#include "faults/faultmemory.h"
-#include "faults/faultvfs.h"
+#include "heldfiles.h"
 
 #include <algorithm>
+#include <optional>
 
-/// Memory and disks that fail, one request after the other.
+/// Calls, exits and foldings on disks and with memory that fail, one request after the other: the code is true, the
+/// file whole, and the next call and the next launch find it.
 namespace client {
 
 namespace {
 
+using namespace std::chrono_literals;
 using faults::Faults;
+using Cache = std::optional<RunningCache>;
 
-/// A resource: makes requests for it fail, and ends that; the latter tells whether one has failed.
-struct Resource {
-    std::function<void(Faults)> begin;
-    std::function<bool()> end;
+/// Where the journal is, there is a log for reads beside writes, or a disk without shared memory.
+enum class Journal { Log, None };
+
+/// What is done while requests fail.
+struct Act {
+    std::string name;
+    std::function<std::string(Cache &)> run; ///< Gives the answer.
+    std::vector<Step> steps = {};            ///< Those that may fail.
+    bool mayBeStored = false; ///< When 3 or 7 is the answer: it writes, and then reads and builds a record.
 };
 
-Resource disk(unsigned int operations)
+Act callOf(const Export &function)
 {
-    return {[=](Faults requests) {
-                failOperations(operations, faults::Failure::DiskFull, requests, std::this_thread::get_id());
-            },
-            [] { return faults::endFailures().failed > 0; }};
+    const auto run = [&function](Cache &) { return function.callWith(1); };
+    return {function.name, run, stepsOf(function.name), !function.isRead() && function.handsOutRecords};
 }
 
-/// Makes a call's first request fail, then its second, and so on, until the call does not get to that one any more.
-void expectEveryFailureIs(const std::string &code, const Resource &resource, const Export &function, int leastFailures)
+/// Launches the cache on a file with a record of each kind, and something in its log.
+void launch(Cache &cache, Journal journal)
 {
-    std::vector<Step> steps = stepsOf(function.name);
-    std::erase_if(steps, [](const Step &step) { return step.code != "9"; });
-    for (const bool isLasting : {false, true}) {
-        const TemporaryDirectory directory;
-        const RunningCache cache;
-        addOneOfEverything();
-        // What is written is stored before the record that is handed back is built.
-        const bool isStored = code == "3" && !function.isRead() && function.handsOutRecords;
-        bool hasFailed = true;
-        for (int request = 0; hasFailed; ++request) {
-            SCOPED_TRACE(function.name + ", request " + std::to_string(request) +
-                         (isLasting ? " and all after it" : ""));
-            const std::string before = content();
-            takeLog();
-            resource.begin({true, isLasting, request});
-            const std::string answer = function.callWith(1);
-            hasFailed = resource.end();
-            ASSERT_EQ(hasFailed ? answer : answer.substr(0, 1), hasFailed ? code : "0");
-            ASSERT_TRUE(hasFailed || request >= leastFailures);
-            if (hasFailed && code == "9") // The disk is written to by the commit, which ends the last step.
-                expectLogOf(steps.back());
-            ASSERT_TRUE(!hasFailed || isStored || content() == before);
-        }
+    lay(allHeld()[2].files);
+    faults::offerSharedMemory(journal == Journal::Log);
+    cache.emplace();
+    faults::offerSharedMemory(true);
+    ASSERT_EQ(getLaunchCacheResult(), 0U);
+    ASSERT_EQ(call("setServerIp", {"1"}), "0");
+    ASSERT_EQ(std::filesystem::exists("CacheDb-wal"), journal == Journal::Log);
+    takeLog();
+}
+
+/// Expects the log of a step that failed with this code; out of memory the library logs nothing.
+void expectFailureOf(const Act &act, const std::string &code)
+{
+    if (code == "3") {
+        EXPECT_EQ(takeLog(), Lines{});
+        return;
     }
+    std::vector<Step> steps = act.steps;
+    std::erase_if(steps, [&](const Step &step) { return step.code != code; });
+    EXPECT_FALSE(steps.empty()) << "not with the code " << code;
+    expectLogOf(steps);
+}
+
+/// How an act goes on a disk and with memory that do not fail.
+struct Well {
+    std::string before;
+    std::string answer;
+    std::string after;
+};
+
+Well wellDone(const Act &act, Journal journal)
+{
+    Cache cache;
+    launch(cache, journal);
+    Well well = {content(), act.run(cache), ""};
+    well.after = content();
+    return well;
+}
+
+/// Tells whether a request has failed.
+bool expectTruthAt(const Act &act, Journal journal, const Well &well, const Circumstance &circumstance, Faults requests)
+{
+    Cache cache;
+    launch(cache, journal);
+    circumstance.begin(requests);
+    const std::string answer = act.run(cache);
+    const bool hasStruck = circumstance.end();
+    if (answer == well.answer) {
+        EXPECT_EQ(takeLog(), Lines{});
+    } else {
+        expectFailureOf(act, answer);
+        const std::string found = content();
+        EXPECT_TRUE(found == well.before || (act.mayBeStored && answer != "9" && found == well.after));
+        EXPECT_EQ(act.run(cache), well.answer) << "once more";
+    }
+    EXPECT_TRUE(content() == well.after);
+    cache.reset();
+    EXPECT_TRUE(content() == well.after) << "for the next launch";
+    EXPECT_EQ(ask("PRAGMA integrity_check"), "ok\n");
+    return hasStruck;
+}
+
+void expectTruth(const Act &act, Journal journal, const Circumstance &circumstance, Tally &tally)
+{
+    SCOPED_TRACE(act.name + (journal == Journal::Log ? "" : ", without a log"));
+    const TemporaryDirectory directory;
+    const Well well = wellDone(act, journal);
+    tryEach(circumstance, [&](Faults requests) {
+        const bool hasStruck = expectTruthAt(act, journal, well, circumstance, requests);
+        tally.count(hasStruck);
+        return hasStruck;
+    });
+}
+
+/// Which of many things is tried in the place with this number; all are, with TARNEL_EVERY=1.
+bool isTried(std::size_t thing, std::size_t things, std::size_t place)
+{
+    return thing == place % things || setting("TARNEL_EVERY", 0) != 0;
 }
 
 } // namespace
 
-TEST(Faults, everyRefusedAllocationIs3)
+TEST(Faults, ofTheDiskLeaveCallsTrue)
 {
-    const Resource memory = {[](Faults requests) { faults::libraryMemory = requests; },
-                             [] { return std::exchange(faults::libraryMemory, {}).hasStruck(); }};
-    for (const Export &function : exports())
-        expectEveryFailureIs("3", memory, function, function.handsOutRecords ? 2 : 0);
+    const std::vector<Circumstance> disks = failingDisks(std::this_thread::get_id());
+    Tally tally("calls on a failing disk");
+    for (std::size_t i = 0; i < exports().size(); ++i) {
+        const Act act = callOf(exports()[i]);
+        for (std::size_t disk = 0; disk < disks.size(); ++disk) {
+            if ((disk == 0 && !exports()[i].isRead()) || isTried(disk, disks.size(), i))
+                expectTruth(act, Journal::Log, disks[disk], tally);
+            if (isTried(disk, disks.size(), i + 5))
+                expectTruth(act, Journal::None, disks[disk], tally);
+        }
+    }
 }
 
-/// What is acknowledged has been written and flushed.
-TEST(Faults, everyRefusedWriteIs9)
+TEST(Faults, ofMemoryLeaveCallsTrue)
 {
-    for (const Export &function : exports()) {
-        for (const unsigned int operation : {faults::Write, faults::Sync}) {
-            if (!function.isRead())
-                expectEveryFailureIs("9", disk(operation), function, 1);
+    const std::vector<Circumstance> memory = shortMemory();
+    Tally tally("calls that are short of memory");
+    for (std::size_t i = 0; i < exports().size(); ++i) {
+        for (std::size_t j = 0; j < memory.size(); ++j) {
+            if (j == 0 || isTried(0, 8, i))
+                expectTruth(callOf(exports()[i]), Journal::Log, memory[j], tally);
         }
+    }
+}
+
+/// A commit copies a long log into the main file, and an exit puts it away.
+TEST(Faults, ofTheDiskLeaveTheLogWhole)
+{
+    const std::string request = items(R"({"id":#,"name":")" + std::string(3900, 'n') + "\"}", 1000, 2099);
+    const Act exit = {"exit", [](Cache &cache) { return cache.reset(), "0"; }};
+    const Act fill = {"long call", [&](Cache &) { return call("addUsers", {request}); }, stepsOf("addUsers")};
+    std::vector<Circumstance> disks = failingDisks();
+    Tally tally("exits and long calls on a failing disk");
+    for (std::size_t disk = 0; disk < disks.size(); ++disk) {
+        expectTruth(exit, Journal::Log, disks[disk], tally);
+        expectTruth(exit, Journal::None, disks[disk], tally);
+        disks[disk].density = 2;
+        if (isTried(disk, disks.size(), 0))
+            expectTruth(fill, Journal::Log, disks[disk], tally);
+    }
+}
+
+TEST(Faults, ofTheDiskLeaveFoldingTrue)
+{
+    const Act folding = {"folding", [](Cache &) { return std::this_thread::sleep_for(1200ms), "0"; }};
+    const std::vector<Circumstance> disks = failingDisks();
+    const TemporaryDirectory directory;
+    const Well well = wellDone(folding, Journal::Log);
+    Tally tally("foldings on a failing disk");
+    for (std::size_t i = 0; i < disks.size() * 2; ++i) {
+        const Circumstance &disk = disks[i / 2];
+        const bool isLasting = i % 2 != 0;
+        if ((disk.times & (isLasting ? Lasting : Once)) == 0 || !isTried(i / 2, disks.size(), 0))
+            continue;
+        std::vector<std::unique_ptr<Child>> children;
+        for (int request = 0; request < 32; ++request)
+            children.push_back(std::make_unique<Child>([&, request] {
+                const TemporaryDirectory own;
+                tally.count(expectTruthAt(folding, Journal::Log, well, disk, {true, isLasting, request}));
+            }));
     }
 }
 

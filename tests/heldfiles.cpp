@@ -3,6 +3,7 @@
 #include "databasefile.h"
 #include "exports.h"
 
+#include <csignal>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -25,7 +26,7 @@ std::vector<Held> makeAll()
 {
     const TemporaryDirectory directory;
     std::vector<Held> held = {{"nothing", {}}};
-    inChild([] {
+    Child([] {
         static const auto *const cache = new RunningCache;
         ASSERT_NE(cache, nullptr);
         addRecords();
@@ -48,7 +49,7 @@ std::vector<Held> makeAll()
     ask("PRAGMA journal_mode=WAL");
     keep("a file that says it has a log, and has none");
     ask("PRAGMA journal_mode=DELETE");
-    inChild([] {
+    Child([] {
         static Connection file;
         file.ask("PRAGMA cache_size=2; BEGIN; UPDATE Users SET UsersName = 'spoiled'; DELETE FROM Events");
     });
@@ -69,7 +70,7 @@ Files filesHere()
     return files;
 }
 
-void Held::lay() const
+void lay(const Files &files)
 {
     for (const fs::directory_entry &entry : fs::directory_iterator(fs::current_path()))
         fs::remove(entry.path());
@@ -83,22 +84,40 @@ const std::vector<Held> &allHeld()
     return all;
 }
 
-void inChild(const std::function<void()> &work)
+Child::Child(const std::function<void()> &work)
 {
     std::cout << std::flush;
-    const pid_t child = ::fork();
-    if (child == 0) {
-        try {
-            work();
-        } catch (const std::exception &exception) {
-            ADD_FAILURE() << exception.what();
-        }
-        std::cout << std::flush;
-        ::_exit(testing::Test::HasFailure() ? 1 : 0);
+    m_process = ::fork();
+    if (m_process != 0)
+        return;
+    try {
+        work();
+    } catch (const std::exception &exception) {
+        ADD_FAILURE() << exception.what();
     }
+    std::cout << std::flush;
+    ::_exit(testing::Test::HasFailure() ? 1 : 0);
+}
+
+Child::~Child()
+{
+    if (m_process != 0) {
+        EXPECT_EQ(wait(), 0) << "in the child";
+    }
+}
+
+void Child::kill()
+{
+    ::kill(m_process, SIGKILL);
+    EXPECT_EQ(wait(), SIGKILL);
+    m_process = 0;
+}
+
+int Child::wait() const
+{
     int status = 0;
-    ::waitpid(child, &status, 0);
-    EXPECT_EQ(status, 0) << "in the child";
+    EXPECT_EQ(::waitpid(m_process, &status, 0), m_process);
+    return status;
 }
 
 } // namespace client

@@ -12,6 +12,9 @@ using Files = std::map<std::string, std::string>; ///< Their contents, by name.
 
 Files filesHere();
 
+/// Puts files into the current directory, in place of all others.
+void lay(const Files &files);
+
 struct Held {
     std::string name;
     Files files;
@@ -20,15 +23,27 @@ struct Held {
 
     [[nodiscard]] bool isNothing() const { return files.empty(); }
     [[nodiscard]] bool isClean() const { return name == "a file that was left cleanly"; }
-
-    /// Puts the files into the current directory, in place of all others.
-    void lay() const;
 };
 
 /// Nothing, and the same records as a clean exit, a kill, other programs and a power cut leave them.
 const std::vector<Held> &allHeld();
 
-/// Does something in a child process, which ends without cleaning up, as if it were killed.
-void inChild(const std::function<void()> &work);
+/// A child process, which does something and ends without cleaning up, as if it were killed.
+class Child
+{
+public:
+    explicit Child(const std::function<void()> &work);
+    Child(const Child &) = delete;
+    Child &operator=(const Child &) = delete;
+    /// Waits until it has ended; what has failed there has failed here, too.
+    ~Child();
+
+    void kill();
+
+private:
+    [[nodiscard]] int wait() const;
+
+    int m_process;
+};
 
 } // namespace client

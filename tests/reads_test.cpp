@@ -79,7 +79,7 @@ TEST_F(Reads, doNotWaitForAWrite)
     }
     EXPECT_FALSE(isAnswered);
     writer.join();
-    expectLogOf(stepsOf("addLocales").front(), "database is locked Unable to fetch row");
+    expectLogOf({stepsOf("addLocales").front()}, "database is locked Unable to fetch row");
 }
 
 /// A file system without shared memory has no log for reads beside writes.
