@@ -10,6 +10,9 @@ namespace {
 /// As a client reads now and then: a reader without rest would leave no moment in which the writer can begin.
 constexpr std::chrono::microseconds pause{1000};
 
+/// One thread and several take turns, as the machine's speed drifts.
+constexpr unsigned int rateRounds = 9;
+
 struct Named {
     std::string name;
     Calls calls;
@@ -70,7 +73,7 @@ Rate rateOf(Stage &stage, const Calls &calls, unsigned int threads)
     std::vector<std::unique_ptr<Caller>> callers;
     for (unsigned int i = 0; i < threads; ++i)
         callers.push_back(std::make_unique<Caller>(calls));
-    std::this_thread::sleep_for(stage.period());
+    std::this_thread::sleep_for(stage.period(1.0 / rateRounds));
     Rate rate;
     for (const auto &caller : callers) {
         const Served served = caller->stop();
@@ -98,11 +101,19 @@ void measureReadsBesideLargeWrites(Stage &stage)
 void measureReaders(Stage &stage)
 {
     for (const auto &[name, calls] : readers(stage)) {
-        const Rate one = rateOf(stage, calls, 1);
         for (const unsigned int threads : {2U, 4U}) {
-            const Rate rate = rateOf(stage, calls, threads);
+            std::vector<double> together;
+            std::vector<double> apart;
+            bool isSame = true;
+            for (unsigned int round = 0; round < rateRounds; ++round) {
+                const Rate one = rateOf(stage, calls, 1);
+                const Rate all = rateOf(stage, calls, threads);
+                apart.push_back(one.callsPerSecond);
+                together.push_back(all.callsPerSecond);
+                isSame = isSame && one.isSame && all.isSame;
+            }
             stage.print({name + " by " + std::to_string(threads) + " threads, against one", units::callsPerSecond,
-                         rate.callsPerSecond, one.callsPerSecond, one.isSame && rate.isSame, ""});
+                         median(together), median(apart), isSame, withCommas(rateRounds) + " rounds"});
         }
     }
 }

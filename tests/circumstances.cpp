@@ -6,7 +6,6 @@
 #include <sys/mman.h>
 
 #include <iostream>
-#include <limits>
 
 namespace client {
 
@@ -51,7 +50,7 @@ std::vector<Circumstance> shortMemory()
 
 void tryEach(const Circumstance &circumstance, const std::function<bool(Faults)> &run)
 {
-    const int density = setting("TARNEL_EVERY", 0) != 0 ? std::numeric_limits<int>::max() : circumstance.density;
+    const auto density = static_cast<int>(setting("TARNEL_DENSITY", static_cast<unsigned int>(circumstance.density)));
     for (const Times times : {Once, Lasting}) {
         bool isReached = (circumstance.times & times) != 0;
         for (int request = 0; isReached && !testing::Test::HasFailure(); request += 1 + request / density) {

@@ -31,7 +31,7 @@ std::vector<Circumstance> shortMemory();
 /// Makes the first request fail, then the second one, and so on, and all from there on; until a run does not get that
 /// far, or a test has failed.
 ///
-/// `run` is given the request, and tells whether it has got there. With TARNEL_EVERY=1 no request is left out.
+/// `run` is given the request, and tells whether it has got there. TARNEL_DENSITY sets another density for all.
 void tryEach(const Circumstance &circumstance, const std::function<bool(faults::Faults)> &run);
 
 /// A number that children share, which are forked later.

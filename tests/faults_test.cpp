@@ -111,10 +111,10 @@ void expectTruth(const Act &act, Journal journal, const Circumstance &circumstan
     });
 }
 
-/// Which of many things is tried in the place with this number; all are, with TARNEL_EVERY=1.
+/// Which of many things is tried in the place with this number; all are, with TARNEL_ALL=1.
 bool isTried(std::size_t thing, std::size_t things, std::size_t place)
 {
-    return thing == place % things || setting("TARNEL_EVERY", 0) != 0;
+    return thing == place % things || setting("TARNEL_ALL", 0) != 0;
 }
 
 } // namespace
@@ -136,7 +136,8 @@ TEST(Faults, ofTheDiskLeaveCallsTrue)
 
 TEST(Faults, ofMemoryLeaveCallsTrue)
 {
-    const std::vector<Circumstance> memory = shortMemory();
+    std::vector<Circumstance> memory = shortMemory();
+    memory[0].density = 1000; // The library itself asks for memory a few times only.
     Tally tally("calls that are short of memory");
     for (std::size_t i = 0; i < exports().size(); ++i) {
         for (std::size_t j = 0; j < memory.size(); ++j) {
