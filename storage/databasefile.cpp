@@ -4,14 +4,17 @@
 
 #include <QDebug>
 #include <QFile>
+#include <QFileInfo>
 #include <QScopeGuard>
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 
 namespace tarnelLib::controller::file {
 
@@ -42,6 +45,24 @@ bool removeSideFiles(const QString &path)
 }
 
 } // namespace
+
+LaunchTurn::LaunchTurn(const QString &path)
+    : m_directory(::open(QFile::encodeName(QFileInfo(path).path()).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC))
+{
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(busyTimeoutMs);
+    do
+        m_isTaken = ::flock(m_directory, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
+    while (!m_isTaken && std::chrono::steady_clock::now() < end && ::usleep(1000) == 0);
+    if (!m_isTaken)
+        logUnavailable(QStringLiteral("another process is being launched"), 0);
+}
+
+LaunchTurn::~LaunchTurn()
+{
+    // A process that was forked off meanwhile has the descriptor, too, and may keep it.
+    ::flock(m_directory, LOCK_UN);
+    ::close(m_directory);
+}
 
 bool isMissing(const QString &path)
 {
