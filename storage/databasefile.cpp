@@ -22,6 +22,8 @@ namespace {
 
 /// A reader in another process keeps the log from being used; waiting longer for it would hold up the launch.
 constexpr int logTimeoutMs = 1000;
+/// The same at an exit, which is short.
+constexpr int exitTimeoutMs = 100;
 
 constexpr const char *readAnything = "SELECT 1 FROM sqlite_master LIMIT 1";
 constexpr const char *closeLog = "PRAGMA journal_mode=DELETE";
@@ -165,9 +167,13 @@ void putLogAway(sqlite3 *connection)
     sqlite3_file_control(connection, "main", SQLITE_FCNTL_HAS_MOVED, &isMoved);
     if (isMoved != 0)
         return;
-    // Another process that uses the file will do it when it exits.
     sqlite3_busy_timeout(connection, 0);
-    execute(connection, closeLog);
+    if (execute(connection, closeLog) == SQLITE_OK)
+        return;
+    // Another process that uses the file will do it when it exits. It does not know what was written here: until then
+    // nobody would bring that into the main file.
+    sqlite3_busy_timeout(connection, exitTimeoutMs);
+    sqlite3_wal_checkpoint_v2(connection, nullptr, SQLITE_CHECKPOINT_FULL, nullptr, nullptr);
 }
 
 } // namespace tarnelLib::controller::file
