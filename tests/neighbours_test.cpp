@@ -119,7 +119,9 @@ TEST_F(Neighbours, writeInTurnAndAreCopiedWhole)
         for (unsigned int round = 1; round <= rounds; ++round) {
             for (const Export &function : exports()) {
                 const std::string code = function.callWith(round % 3);
-                EXPECT_TRUE(code[0] == '0' || code == "8" || code == "11") << function.name << ' ' << code;
+                // Of which the record may go between its two steps.
+                const bool isLate = function.name == "removeAffectFlag" && code == "9";
+                EXPECT_TRUE(code[0] == '0' || code == "8" || code == "11" || isLate) << function.name << ' ' << code;
             }
             EXPECT_EQ(addUsers(process * 1000, process * 1000 + 99, round), "0");
         }
