@@ -95,7 +95,7 @@ TEST_F(Neighbours, launchAndExitAtOnceAndLoseNothing)
         EXPECT_EQ(counts.created, round);
         EXPECT_EQ(ask("SELECT count(*) FROM Users"), "20\n");
     }
-    printTried("launches and exits of two processes at once", rounds * 20);
+    printTried("launches and exits of two processes at once", 20UL * rounds);
 }
 
 TEST_F(Neighbours, areGivenUpWhenTheyHangInALaunch)
