@@ -21,6 +21,9 @@ Result Controller::connect(const QString &path)
     const auto repaired = [](bool isRepaired, Result result) {
         return isRepaired ? result : Result::DatabaseUnavailable;
     };
+    const file::LaunchTurn turn(path);
+    if (!turn.isTaken())
+        return Result::DatabaseUnavailable;
     if (file::isMissing(path))
         return repaired(m_database.restoreDatabase(path), Result::DatabaseCreated);
     if (!m_database.openDatabase(path))

@@ -41,10 +41,21 @@ extern "C" void *__interceptor_realloc(void *block, std::size_t size);
 #define SYSTEM_MALLOC __interceptor_malloc
 #define SYSTEM_REALLOC __interceptor_realloc
 #else
-extern "C" void *__libc_malloc(std::size_t size);
-extern "C" void *__libc_realloc(void *block, std::size_t size);
-#define SYSTEM_MALLOC __libc_malloc
-#define SYSTEM_REALLOC __libc_realloc
+namespace {
+
+/// What the program would call without this file; another tool may have taken its place.
+template <class Function>
+UNSANITIZED Function *next(const char *name)
+{
+    static constinit Function *found = nullptr;
+    if (found == nullptr)
+        found = reinterpret_cast<Function *>(::dlsym(RTLD_NEXT, name));
+    return found;
+}
+
+} // namespace
+#define SYSTEM_MALLOC next<void *(std::size_t)>("malloc")
+#define SYSTEM_REALLOC next<void *(void *, std::size_t)>("realloc")
 #endif
 
 extern "C" UNSANITIZED __attribute__((visibility("default"))) void *malloc(std::size_t size) noexcept

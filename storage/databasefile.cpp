@@ -4,14 +4,17 @@
 
 #include <QDebug>
 #include <QFile>
+#include <QFileInfo>
 #include <QScopeGuard>
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 
 namespace tarnelLib::controller::file {
 
@@ -19,6 +22,8 @@ namespace {
 
 /// A reader in another process keeps the log from being used; waiting longer for it would hold up the launch.
 constexpr int logTimeoutMs = 1000;
+/// The same at an exit, which is short.
+constexpr int exitTimeoutMs = 100;
 
 constexpr const char *readAnything = "SELECT 1 FROM sqlite_master LIMIT 1";
 constexpr const char *closeLog = "PRAGMA journal_mode=DELETE";
@@ -42,6 +47,24 @@ bool removeSideFiles(const QString &path)
 }
 
 } // namespace
+
+LaunchTurn::LaunchTurn(const QString &path)
+    : m_directory(::open(QFile::encodeName(QFileInfo(path).path()).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC))
+{
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(busyTimeoutMs);
+    do
+        m_isTaken = ::flock(m_directory, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
+    while (!m_isTaken && std::chrono::steady_clock::now() < end && ::usleep(1000) == 0);
+    if (!m_isTaken)
+        logUnavailable(QStringLiteral("another process is being launched"), 0);
+}
+
+LaunchTurn::~LaunchTurn()
+{
+    // A process that was forked off meanwhile has the descriptor, too, and may keep it.
+    ::flock(m_directory, LOCK_UN);
+    ::close(m_directory);
+}
 
 bool isMissing(const QString &path)
 {
@@ -144,9 +167,13 @@ void putLogAway(sqlite3 *connection)
     sqlite3_file_control(connection, "main", SQLITE_FCNTL_HAS_MOVED, &isMoved);
     if (isMoved != 0)
         return;
-    // Another process that uses the file will do it when it exits.
     sqlite3_busy_timeout(connection, 0);
-    execute(connection, closeLog);
+    if (execute(connection, closeLog) == SQLITE_OK)
+        return;
+    // Another process that uses the file will do it when it exits. It does not know what was written here: until then
+    // nobody would bring that into the main file.
+    sqlite3_busy_timeout(connection, exitTimeoutMs);
+    sqlite3_wal_checkpoint_v2(connection, nullptr, SQLITE_CHECKPOINT_FULL, nullptr, nullptr);
 }
 
 } // namespace tarnelLib::controller::file

@@ -8,6 +8,25 @@
 /// it while a connection of this process lives: closing it again would drop that connection's locks.
 namespace tarnelLib::controller::file {
 
+/// Holds up other processes that launch in the file's directory, for as long as the object lives: a file that one of
+/// them is about to make would look spoiled to the other, and be deleted.
+class LaunchTurn
+{
+public:
+    explicit LaunchTurn(const QString &path);
+    LaunchTurn(const LaunchTurn &) = delete;
+    LaunchTurn &operator=(const LaunchTurn &) = delete;
+    ~LaunchTurn();
+
+    /// False, and logged, if another launch does not come to its end. Where directories cannot be locked, every launch
+    /// has its turn.
+    [[nodiscard]] bool isTaken() const { return m_isTaken; }
+
+private:
+    int m_directory;
+    bool m_isTaken;
+};
+
 /// True if there is certainly no file; one that cannot be looked at may be there.
 [[nodiscard]] bool isMissing(const QString &path);
 

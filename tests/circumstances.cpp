@@ -3,10 +3,6 @@
 #include "client.h"
 #include "faults/faultmemory.h"
 
-#include <sys/mman.h>
-
-#include <iostream>
-
 namespace client {
 
 using faults::Faults;
@@ -60,20 +56,9 @@ void tryEach(const Circumstance &circumstance, const std::function<bool(Faults)>
     }
 }
 
-SharedNumber::SharedNumber()
-    : m_number(::new (::mmap(nullptr, sizeof *m_number, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0))
-                   std::atomic<unsigned int>(0))
-{
-}
-
-SharedNumber::~SharedNumber()
-{
-    ::munmap(m_number, sizeof *m_number);
-}
-
 Tally::~Tally()
 {
-    std::cout << "tried: " << m_what << ": " << *m_count << std::endl;
+    printTried(m_what, *m_count);
 }
 
 } // namespace client

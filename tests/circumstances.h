@@ -1,8 +1,8 @@
 #pragma once
 
+#include "child.h"
 #include "faults/faultvfs.h"
 
-#include <atomic>
 #include <functional>
 #include <optional>
 #include <string>
@@ -33,21 +33,6 @@ std::vector<Circumstance> shortMemory();
 ///
 /// `run` is given the request, and tells whether it has got there. TARNEL_DENSITY sets another density for all.
 void tryEach(const Circumstance &circumstance, const std::function<bool(faults::Faults)> &run);
-
-/// A number that children share, which are forked later.
-class SharedNumber
-{
-public:
-    SharedNumber();
-    SharedNumber(const SharedNumber &) = delete;
-    SharedNumber &operator=(const SharedNumber &) = delete;
-    ~SharedNumber();
-
-    std::atomic<unsigned int> &operator*() { return *m_number; }
-
-private:
-    std::atomic<unsigned int> *m_number;
-};
 
 /// Counts what was tried, also in children, and tells it in the end.
 class Tally

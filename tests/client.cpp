@@ -7,6 +7,7 @@
 #include <codecvt>
 #include <cstdlib>
 #include <fstream>
+#include <iostream>
 #include <locale>
 #include <sstream>
 
@@ -63,6 +64,11 @@ unsigned int setting(const char *name, unsigned int otherwise)
 {
     const char *value = std::getenv(name);
     return value != nullptr ? static_cast<unsigned int>(std::atoi(value)) : otherwise;
+}
+
+void printTried(const std::string &what, std::uintmax_t times)
+{
+    std::cout << "tried: " << what << ": " << times << std::endl;
 }
 
 std::string readData(const std::string &name)

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -92,6 +93,9 @@ private:
 
 /// A number from the environment, so that one binary serves both a quick run and a thorough one.
 unsigned int setting(const char *name, unsigned int otherwise);
+
+/// Prints how often something was tried, for whoever adds such figures up.
+void printTried(const std::string &what, std::uintmax_t times);
 
 /// A file in `data`.
 std::string readData(const std::string &name);

@@ -113,7 +113,7 @@ std::mt19937 seededRandom()
 
 } // namespace
 
-using Cuts = DirectoryTest;
+using Cuts = ParentTest;
 
 TEST_F(Cuts, ofPowerLoseNothing)
 {

@@ -38,6 +38,16 @@ public:
         return rows;
     }
 
+    /// Makes a copy with SQLite's backup, at one go.
+    void copyTo(Connection &copy) const
+    {
+        sqlite3_backup *const backup = sqlite3_backup_init(copy.m_connection, "main", m_connection, "main");
+        const int code = sqlite3_backup_step(backup, -1);
+        sqlite3_backup_finish(backup);
+        if (code != SQLITE_DONE)
+            throw std::runtime_error(sqlite3_errstr(code));
+    }
+
 private:
     sqlite3 *m_connection = nullptr;
 };
@@ -48,9 +58,9 @@ inline std::string ask(const std::string &statements, const char *path = "CacheD
 }
 
 /// All that the file holds.
-inline std::string content()
+inline std::string content(const char *path = "CacheDb")
 {
-    Connection file;
+    Connection file(path);
     return file.ask(
         file.ask("SELECT 'SELECT ''' || name || ''', * FROM ' || name || ';' FROM sqlite_master WHERE type = 'table'"));
 }

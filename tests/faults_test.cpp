@@ -14,7 +14,6 @@ namespace client {
 namespace {
 
 using namespace std::chrono_literals;
-using faults::Faults;
 using Cache = std::optional<RunningCache>;
 
 /// Where the journal is, there is a log for reads beside writes, or a disk without shared memory.
@@ -77,7 +76,8 @@ Well wellDone(const Act &act, Journal journal)
 }
 
 /// Tells whether a request has failed.
-bool expectTruthAt(const Act &act, Journal journal, const Well &well, const Circumstance &circumstance, Faults requests)
+bool expectTruthAt(const Act &act, Journal journal, const Well &well, const Circumstance &circumstance,
+                   faults::Faults requests)
 {
     Cache cache;
     launch(cache, journal);
@@ -102,9 +102,8 @@ bool expectTruthAt(const Act &act, Journal journal, const Well &well, const Circ
 void expectTruth(const Act &act, Journal journal, const Circumstance &circumstance, Tally &tally)
 {
     SCOPED_TRACE(act.name + (journal == Journal::Log ? "" : ", without a log"));
-    const TemporaryDirectory directory;
     const Well well = wellDone(act, journal);
-    tryEach(circumstance, [&](Faults requests) {
+    tryEach(circumstance, [&](faults::Faults requests) {
         const bool hasStruck = expectTruthAt(act, journal, well, circumstance, requests);
         tally.count(hasStruck);
         return hasStruck;
@@ -119,7 +118,9 @@ bool isTried(std::size_t thing, std::size_t things, std::size_t place)
 
 } // namespace
 
-TEST(Faults, ofTheDiskLeaveCallsTrue)
+using Faults = ParentTest;
+
+TEST_F(Faults, ofTheDiskLeaveCallsTrue)
 {
     const std::vector<Circumstance> disks = failingDisks(std::this_thread::get_id());
     Tally tally("calls on a failing disk");
@@ -134,7 +135,7 @@ TEST(Faults, ofTheDiskLeaveCallsTrue)
     }
 }
 
-TEST(Faults, ofMemoryLeaveCallsTrue)
+TEST_F(Faults, ofMemoryLeaveCallsTrue)
 {
     std::vector<Circumstance> memory = shortMemory();
     memory[0].density = 1000; // The library itself asks for memory a few times only.
@@ -148,7 +149,7 @@ TEST(Faults, ofMemoryLeaveCallsTrue)
 }
 
 /// A commit copies a long log into the main file, and an exit puts it away.
-TEST(Faults, ofTheDiskLeaveTheLogWhole)
+TEST_F(Faults, ofTheDiskLeaveTheLogWhole)
 {
     const std::string request = items(R"({"id":#,"name":")" + std::string(3900, 'n') + "\"}", 1000, 2099);
     const Act exit = {"exit", [](Cache &cache) { return cache.reset(), "0"; }};
@@ -164,11 +165,10 @@ TEST(Faults, ofTheDiskLeaveTheLogWhole)
     }
 }
 
-TEST(Faults, ofTheDiskLeaveFoldingTrue)
+TEST_F(Faults, ofTheDiskLeaveFoldingTrue)
 {
     const Act folding = {"folding", [](Cache &) { return std::this_thread::sleep_for(1200ms), "0"; }};
     const std::vector<Circumstance> disks = failingDisks();
-    const TemporaryDirectory directory;
     const Well well = wellDone(folding, Journal::Log);
     Tally tally("foldings on a failing disk");
     for (std::size_t i = 0; i < disks.size() * 2; ++i) {

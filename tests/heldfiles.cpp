@@ -1,11 +1,8 @@
 #include "heldfiles.h"
 
+#include "child.h"
 #include "databasefile.h"
 #include "exports.h"
-
-#include <csignal>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <fstream>
 #include <iostream>
@@ -82,42 +79,6 @@ const std::vector<Held> &allHeld()
 {
     static const std::vector<Held> all = makeAll();
     return all;
-}
-
-Child::Child(const std::function<void()> &work)
-{
-    std::cout << std::flush;
-    m_process = ::fork();
-    if (m_process != 0)
-        return;
-    try {
-        work();
-    } catch (const std::exception &exception) {
-        ADD_FAILURE() << exception.what();
-    }
-    std::cout << std::flush;
-    ::_exit(testing::Test::HasFailure() ? 1 : 0);
-}
-
-Child::~Child()
-{
-    if (m_process != 0) {
-        EXPECT_EQ(wait(), 0) << "in the child";
-    }
-}
-
-void Child::kill()
-{
-    ::kill(m_process, SIGKILL);
-    EXPECT_EQ(wait(), SIGKILL);
-    m_process = 0;
-}
-
-int Child::wait() const
-{
-    int status = 0;
-    EXPECT_EQ(::waitpid(m_process, &status, 0), m_process);
-    return status;
 }
 
 } // namespace client

@@ -28,22 +28,4 @@ struct Held {
 /// Nothing, and the same records as a clean exit, a kill, other programs and a power cut leave them.
 const std::vector<Held> &allHeld();
 
-/// A child process, which does something and ends without cleaning up, as if it were killed.
-class Child
-{
-public:
-    explicit Child(const std::function<void()> &work);
-    Child(const Child &) = delete;
-    Child &operator=(const Child &) = delete;
-    /// Waits until it has ended; what has failed there has failed here, too.
-    ~Child();
-
-    void kill();
-
-private:
-    [[nodiscard]] int wait() const;
-
-    int m_process;
-};
-
 } // namespace client

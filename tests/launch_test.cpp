@@ -108,15 +108,7 @@ void expectKeptUnder(const Circumstance &circumstance, const Held &held, Tally &
 
 } // namespace
 
-class Launch : public DirectoryTest
-{
-    void SetUp() override
-    {
-#ifdef __SANITIZE_THREAD__
-        GTEST_SKIP() << "ThreadSanitizer does not let a child start threads";
-#endif
-    }
-};
+using Launch = ParentTest;
 
 TEST_F(Launch, keepsTheFileOnAFailingDisk)
 {

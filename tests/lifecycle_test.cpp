@@ -3,7 +3,10 @@
 #include <atomic>
 #include <fstream>
 #include <iostream>
+#include <optional>
 #include <random>
+
+#include <malloc.h>
 
 namespace client {
 
@@ -12,11 +15,37 @@ namespace {
 /// What the process holds of the system: resident pages, and descriptors.
 std::pair<long, long> footprint()
 {
+    ::malloc_trim(0);
     long size = 0;
     long resident = 0;
     std::ifstream("/proc/self/statm") >> size >> resident;
     const std::filesystem::directory_iterator files("/proc/self/fd");
     return {resident, std::distance(begin(files), end(files))};
+}
+
+void expectNoGrowth(const std::pair<long, long> &early, [[maybe_unused]] long pages)
+{
+    const std::pair<long, long> late = footprint();
+    EXPECT_LE(late.second, early.second);
+#ifndef TARNEL_SANITIZED // Sanitizers keep what was released.
+    EXPECT_LE(late.first, early.first + pages);
+#endif
+}
+
+/// Calls everything, at random, on four threads.
+void callMixed(unsigned int calls)
+{
+    std::vector<std::jthread> threads;
+    for (unsigned int thread = 0; thread < 4; ++thread)
+        threads.emplace_back([own = std::mt19937(thread), left = calls / 4]() mutable {
+            for (; left > 0; --left) {
+                const Export &function = exports()[own() % exports().size()];
+                const std::string code = function.callWith(static_cast<unsigned int>(own() % 100));
+                EXPECT_TRUE(code[0] == '0' || code == "8" || code == "11") << function.name << ' ' << code;
+                std::error_code noLog; // Which is -1.
+                EXPECT_LE(static_cast<std::int64_t>(std::filesystem::file_size("CacheDb-wal", noLog)), 17 << 20);
+            }
+        });
 }
 
 } // namespace
@@ -47,7 +76,7 @@ TEST_F(Lifecycle, cyclesNeitherHangNorGrow)
     std::mt19937 random(seed);
     std::atomic<bool> isInterfering = false;
     std::atomic<bool> isOver = false;
-    std::atomic<int> callers = 4;
+    std::atomic<int> callers = 8;
     std::vector<std::atomic<unsigned int>> served(exports().size());
     const auto exitUntil = [](const std::function<bool()> &isLeft) {
         return waitUntil([&] {
@@ -98,11 +127,34 @@ TEST_F(Lifecycle, cyclesNeitherHangNorGrow)
     ASSERT_TRUE(exitUntil([&] { return callers == 0; }));
     threads.clear();
 
-    const std::pair<long, long> late = footprint();
-    EXPECT_LE(late.second, early.second);
-#ifndef TARNEL_SANITIZED // Sanitizers keep what was released.
-    EXPECT_LT(late.first, early.first + 1024);
-#endif
+    expectNoGrowth(early, 1024);
+    printTried("launches and exits beside 8 threads that call everything", cycles);
+}
+
+TEST_F(Lifecycle, callsWithoutRestLeaveNothingBehind)
+{
+    const unsigned int calls = setting("TARNEL_CALLS", 20000);
+    const std::string devices =
+        items(R"({"id":#,"sections":[{"id":1,"zones":[{"id":1}]}],"users":[{"user_index":1}]})", 1, 3000);
+    std::uintmax_t fresh = 0;
+    for (const bool isUsed : {false, true}) {
+        const TemporaryDirectory directory;
+        std::optional<RunningCache> cache(std::in_place);
+        EXPECT_EQ(call("addDevices", {devices}), "0");
+        if (isUsed) {
+            callMixed(calls / 4);
+            const std::pair<long, long> early = footprint();
+            callMixed(calls - calls / 4);
+            expectNoGrowth(early, 256);
+            EXPECT_EQ(call("clearAll"), "0");
+            EXPECT_EQ(call("addDevices", {devices}), "0");
+        }
+        cache.reset();
+        const std::uintmax_t size = std::filesystem::file_size("CacheDb");
+        EXPECT_LE(size, isUsed ? fresh + fresh / 5 : size);
+        fresh = size;
+    }
+    printTried("mixed calls of 4 threads", calls);
 }
 
 } // namespace client

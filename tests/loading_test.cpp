@@ -14,6 +14,10 @@ unsigned int getState()
 {
     return 77;
 }
+unsigned int getUser(tarnelLib::api::User **, unsigned int)
+{
+    return 78;
+}
 void exitCache()
 {
     std::abort();
@@ -54,4 +58,5 @@ TEST(Loading, keepsTheLibraryAndItsNamesApartFromTheProgram)
         EXPECT_EQ(::dlclose(again.handle), 0);
     }
     EXPECT_EQ(::getState(), 77U);
+    EXPECT_EQ(::getUser(nullptr, 0), 78U);
 }

@@ -1,8 +1,11 @@
 #include "client.h"
 
+#include <QAbstractEventDispatcher>
 #include <QCoreApplication>
+#include <QSocketNotifier>
 #include <QSqlDatabase>
 #include <QStringList>
+#include <QThread>
 #include <QTimer>
 #include <sys/stat.h>
 
@@ -50,15 +53,60 @@ TEST_F(ClientProcess, keepsItsSignalHandlersLocaleMaskAndMessageHandler)
     EXPECT_EQ(QCoreApplication::instance(), nullptr) << "the cache's own application object is left behind";
 }
 
+/// The launching thread's loop is one as Qt describes it.
+TEST_F(ClientProcess, mayHaveTimersOnTheLaunchingThread)
+{
+    const RunningCache cache;
+    const auto useLoop = [] {
+        QAbstractEventDispatcher &loop = *QAbstractEventDispatcher::instance();
+        const QSocketNotifier ignored(0, QSocketNotifier::Read);
+        QTimer timers[2];
+        for (QTimer &timer : timers) {
+            QObject::connect(&timer, &QTimer::timeout, [&] { timers[&timer == timers].stop(); });
+            timer.start(0);
+        }
+        loop.processEvents(QEventLoop::AllEvents);
+        EXPECT_NE(timers[0].isActive(), timers[1].isActive()) << "the first has stopped the other in time";
+        timers[0].start(60000);
+        timers[1].stop();
+        EXPECT_FALSE(loop.processEvents(QEventLoop::AllEvents)) << "there is nothing to wait for";
+        EXPECT_GT(timers[0].remainingTime(), 50000);
+        EXPECT_EQ(loop.registeredTimers(timers).size(), 1);
+        EXPECT_TRUE(loop.unregisterTimers(timers));
+        EXPECT_EQ(timers[0].remainingTime(), -1);
+        loop.flush();
+        loop.wakeUp();
+        EXPECT_TRUE(loop.hasPendingEvents());
+    };
+    QMetaObject::invokeMethod(QCoreApplication::instance(), useLoop, Qt::BlockingQueuedConnection);
+}
+
 struct QtClient : DirectoryTest {
     int argumentCount = 0;
     QCoreApplication app{argumentCount, nullptr};
 };
 
-TEST_F(QtClient, keepsItsApplicationObjectAndItsLoop)
+/// Whether its loop runs or not.
+TEST_F(QtClient, keepsItsApplicationObjectItsTimersAndItsLoop)
 {
     std::atomic<bool> isLastRound = false;
     std::atomic<bool> hasQuit = false;
+    int ticks = 0;
+    int quits = 0;
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, [&] {
+        EXPECT_EQ(QThread::currentThread(), app.thread());
+        ++ticks;
+        if (isLastRound)
+            QCoreApplication::exit(7);
+    });
+    QObject::connect(&app, &QCoreApplication::aboutToQuit, [&] { ++quits; });
+    timer.start(5);
+    for (int round = 0; round < 2; ++round) {
+        const RunningCache cache;
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    EXPECT_EQ(ticks, 0) << "its loop has not begun";
     std::thread worker([&] {
         for (int round = 0; round < 3; ++round) {
             const RunningCache cache;
@@ -68,13 +116,8 @@ TEST_F(QtClient, keepsItsApplicationObjectAndItsLoop)
             EXPECT_EQ(clearAll(), TARNEL_SUCCESS) << "the client has ended only its own loop";
         }
     });
-    QTimer timer;
-    QObject::connect(&timer, &QTimer::timeout, [&] {
-        if (isLastRound)
-            QCoreApplication::exit(7);
-    });
-    timer.start(5);
     EXPECT_EQ(QCoreApplication::exec(), 7) << "an exit has quit the client's loop";
+    EXPECT_EQ(quits, 1);
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
     hasQuit = true;
     worker.join();

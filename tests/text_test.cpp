@@ -11,7 +11,7 @@ TEST(Text, isReadAsSqliteReadsIt)
     // Characters of all lengths, what is none, and what is cut off: bytes in hexadecimal.
     constexpr const char *pieces[] = {"61",     "612068616c6c", "7f",       "00",     "d0b6",   "dfbf", "e0a080",
                                       "e69db1", "efbfbd",       "f09f9880", "efbfbe", "efbbbf", "c1bf", "e08080",
-                                      "eda080", "ff",           "80",       "c3",     "e282",   "f09f"};
+                                      "eda080", "ff",           "80",       "c3",     "e282",   "f09f", "e2"};
     sqlite3 *connection = nullptr;
     sqlite3_open(":memory:", &connection);
     std::mt19937 random(1);
