@@ -68,6 +68,10 @@ TEST_F(ClientProcess, mayHaveTimersOnTheLaunchingThread)
         loop.processEvents(QEventLoop::AllEvents);
         EXPECT_NE(timers[0].isActive(), timers[1].isActive()) << "the first has stopped the other in time";
         timers[0].start(60000);
+        timers[1].start(5);
+        while (timers[0].isActive())
+            loop.processEvents(QEventLoop::WaitForMoreEvents);
+        timers[0].start(60000);
         timers[1].stop();
         EXPECT_FALSE(loop.processEvents(QEventLoop::AllEvents)) << "there is nothing to wait for";
         EXPECT_GT(timers[0].remainingTime(), 50000);
