@@ -92,6 +92,22 @@ bool make(const QString &path)
     return false;
 }
 
+bool isInUse(const QString &path)
+{
+    // SQLite's lock bytes, which begin behind the first gibibyte of every file.
+    struct flock locks = {};
+    locks.l_type = F_WRLCK;
+    locks.l_whence = SEEK_SET;
+    locks.l_start = 1 << 30;
+    locks.l_len = 512;
+    const int file = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    const bool isLocked = ::fcntl(file, F_GETLK, &locks) == 0 && locks.l_type != F_UNLCK;
+    ::close(file);
+    if (isLocked)
+        logUnavailable(QStringLiteral("another process uses it"), 0);
+    return isLocked;
+}
+
 bool remove(const QString &path)
 {
     if (removeOne(path) && removeSideFiles(path))

@@ -33,6 +33,9 @@ private:
 /// Makes the empty file, where there is none; a failure has logged the reason and leaves nothing behind.
 [[nodiscard]] bool make(const QString &path);
 
+/// True, and logged, if another process has the file locked, as each does that reads and writes it with a log.
+[[nodiscard]] bool isInUse(const QString &path);
+
 /// Removes the file and what SQLite keeps beside it; a failure has logged the reason.
 [[nodiscard]] bool remove(const QString &path);
 

@@ -149,7 +149,7 @@ bool SQLiteDatabase::recreateDatabase(const QString &path)
         return false;
     m_database = QSqlDatabase();
     QSqlDatabase::removeDatabase(m_name);
-    if (!file::remove(path) || !openDatabase(path))
+    if (file::isInUse(path) || !file::remove(path) || !openDatabase(path))
         return false;
     openReaders();
     return true;
@@ -186,6 +186,9 @@ void SQLiteDatabase::openReaders()
             m_readers.push_back(std::move(reader));
     }
     m_readerTurns.open(m_readers.size());
+    // Of a launch that ended in a kill, perhaps.
+    if (!m_readers.empty() && sqlite3_db_readonly(connection, nullptr) == 0)
+        m_writer.noteUnfoldedLog();
 }
 
 Turn<WriteConnection> SQLiteDatabase::write()

@@ -16,6 +16,9 @@ constexpr int copiedLogPages = 1000;
 /// otherwise: the log would grow without end. In pages of 4 KiB.
 constexpr int restartedLogPages = 4096;
 
+/// From this size on the commit waits for that: only reads that were in progress before it can hold it up.
+constexpr int greatestLogPages = 16384;
+
 } // namespace
 
 void WriteConnection::attach(sqlite3 *connection)
@@ -42,7 +45,12 @@ void WriteConnection::noteLog()
     const int pages = std::exchange(m_logPages, 0);
     if (pages >= copiedLogPages)
         checkpoint(pages >= restartedLogPages ? SQLITE_CHECKPOINT_RESTART : SQLITE_CHECKPOINT_PASSIVE,
-                   restartTimeoutMs);
+                   pages >= greatestLogPages ? busyTimeoutMs : restartTimeoutMs);
+    noteUnfoldedLog();
+}
+
+void WriteConnection::noteUnfoldedLog()
+{
     if (!std::exchange(m_isLogUnfolded, true))
         m_onLogGrew();
 }

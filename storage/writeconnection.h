@@ -18,6 +18,9 @@ public:
     /// Starts with an open connection of SQLite's.
     void attach(sqlite3 *connection);
 
+    /// There may be something in the log that is not yet in the main file.
+    void noteUnfoldedLog();
+
     /// Brings what was written into the main file, so that it is complete without side files; false if a read
     /// in progress keeps it off.
     [[nodiscard]] bool foldLog();

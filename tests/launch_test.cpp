@@ -198,6 +198,13 @@ TEST_F(Launch, keepsTheFileWhereThereIsNoPermission)
     }
 }
 
+TEST_F(Launch, foldsTheLogThatAKillHasLeft)
+{
+    lay(allHeld()[1].files);
+    const RunningCache cache;
+    EXPECT_TRUE(waitUntil([] { return fs::file_size("CacheDb-wal") == 0; }));
+}
+
 TEST_F(Launch, logsWhyTheDiskGivesNoDatabase)
 {
     const std::tuple<faults::Operation, Failure, const char *> causes[] = {

@@ -82,6 +82,25 @@ TEST_F(Neighbours, areGivenUpWhenTheyHangInALaunch)
     ::close(directory);
 }
 
+/// Also one that is not as it should be: it may be another version's.
+TEST_F(Neighbours, keepTheFileThatTheyUse)
+{
+    std::optional<RunningCache>(std::in_place).reset();
+    ask("PRAGMA journal_mode=WAL; DROP TABLE Zones");
+    const Child neighbour([&] {
+        Connection file;
+        file.ask("SELECT * FROM Users");
+        stepAndAwait(2);
+    });
+    EXPECT_TRUE(waitUntil([&] { return *steps == 1; }));
+    {
+        const RunningCache cache;
+        EXPECT_EQ(getLaunchCacheResult(), TARNEL_DATABASE_UNAVAILABLE);
+    }
+    EXPECT_EQ(ask("SELECT * FROM Version").empty(), false);
+    ++*steps;
+}
+
 TEST_F(Neighbours, writeInTurnAndAreCopiedWhole)
 {
     const unsigned int rounds = setting("TARNEL_ROUNDS", 30);
