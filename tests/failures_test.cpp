@@ -81,6 +81,9 @@ TEST(Failures, withoutADatabaseOrTablesOrTheFileAreThoseOfTheFirstStep)
     constexpr const char *movedText = "the database file was moved or deleted while it was open";
     const std::tuple<const char *, const char *, unsigned int, const char *> findings[] = {
         {"mkdir CacheDb", "true", TARNEL_DATABASE_UNAVAILABLE, "Driver not loaded Driver not loaded"},
+        {"mkdir CacheDb-wal", "true", TARNEL_DATABASE_UNAVAILABLE, "Driver not loaded Driver not loaded"},
+        {"mkdir CacheDb-journal; echo garbage >CacheDb", "true", TARNEL_DATABASE_UNAVAILABLE,
+         "Driver not loaded Driver not loaded"},
         {"echo garbage >CacheDb", "true", TARNEL_DATABASE_RECREATED_VERSION_MISMATCH, ""},
         {"true", "mv CacheDb moved", TARNEL_DATABASE_CREATED, movedText},
         {"true", "rm CacheDb", TARNEL_DATABASE_CREATED, movedText},
