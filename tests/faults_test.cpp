@@ -63,7 +63,9 @@ void expectFailureOf(const Act &act, const std::string &code)
     EXPECT_FALSE(steps.empty()) << "not with the code " << code;
     const std::string logged = expectLogOf(steps);
     const bool hasNoRoom = reason == "the database could not be read" || reason == "the database could not be written";
-    EXPECT_TRUE(hasNoRoom || (reason.starts_with(act.name + ": ") && reason.ends_with(" error: " + logged))) << reason;
+    EXPECT_TRUE(hasNoRoom ||
+                (reason.starts_with(steps.front().function + ": ") && reason.ends_with(" error: " + logged)))
+        << reason;
 }
 
 /// How an act goes on a disk and with memory that do not fail.
