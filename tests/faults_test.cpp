@@ -60,7 +60,7 @@ void expectFailureOf(const Act &act, const std::string &code)
     }
     std::vector<Step> steps = act.steps;
     std::erase_if(steps, [&](const Step &step) { return step.code != code; });
-    EXPECT_FALSE(steps.empty()) << "not with the code " << code;
+    ASSERT_FALSE(steps.empty()) << "not with the code " << code;
     const std::string logged = expectLogOf(steps);
     const bool hasNoRoom = reason == "the database could not be read" || reason == "the database could not be written";
     EXPECT_TRUE(hasNoRoom ||
