@@ -2,6 +2,8 @@
 #include "exports.h"
 #include "failures.h"
 
+#include <tarnel/diagnostics.h>
+
 #include <algorithm>
 #include <cctype>
 #include <cstdio>
@@ -43,10 +45,17 @@ std::string answerTo(const std::string &text)
         std::ranges::replace(rows, '\n', ' ');
         return rows.substr(0, rows.find_last_not_of(' ') + 1);
     }
+    if (text == "suspicions")
+        return std::to_string(tarnelSuspicions());
     std::istringstream words(text);
     std::string function;
     std::vector<Argument> inputs;
     words >> function >> std::ws;
+    if (function == "raw") {
+        const std::size_t request = text.find(' ', 4);
+        const std::string raw = text.substr(request + 1);
+        return call(text.substr(4, request - 4), {raw == "''" ? "" : raw});
+    }
     if (words.peek() == '{')
         return call(function, {item(text.substr(function.size() + 1))});
     for (std::string word; words >> word;) {
@@ -83,6 +92,39 @@ TEST_P(Scenarios, runs)
         }
     }
 }
+
+class Reasons : public testing::TestWithParam<Case>
+{
+};
+
+TEST_P(Reasons, areTold)
+{
+    const TemporaryDirectory directory;
+    takeLog();
+    const RunningCache cache;
+    Lines warnings;
+    for (std::string line : GetParam().lines) {
+        for (const auto &[name, unit] : {std::pair(R"(\\n)", "\n"), {R"(\\e)", "\x1b"}, {R"(\\c)", "\u009b"}})
+            line = std::regex_replace(line, std::regex(name), unit);
+        if (line.starts_with("> ")) {
+            EXPECT_EQ(warnings.empty() ? "nothing more" : warnings.front(), line.substr(2));
+            warnings.erase(warnings.begin(), warnings.begin() + (warnings.empty() ? 0 : 1));
+            continue;
+        }
+        EXPECT_EQ(warnings, Lines()) << "before " << line;
+        const std::string text = line.substr(0, line.find(" => "));
+        std::string answer = answerTo(text);
+        answer.resize(std::min(answer.size(), answer.find(' ')));
+        if (!answer.empty() && answer != "0" && text != "suspicions")
+            answer += std::string(" ") + tarnelReason();
+        EXPECT_EQ(text + " => " + answer, line);
+        warnings = takeRequestLog();
+    }
+    EXPECT_EQ(warnings, Lines());
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, Reasons, testing::ValuesIn(readCases("reasons.txt")),
+                         testing::PrintToStringParamName());
 
 INSTANTIATE_TEST_SUITE_P(Quirks, Scenarios, testing::ValuesIn(readCases("scenarios.txt")),
                          testing::PrintToStringParamName());
