@@ -60,23 +60,23 @@ struct Output {
 template <class Record>
 using OutputOf = Output<controller::ApiOf<Record>>;
 
-struct Count {
-    Count(unsigned int *clientPlace) : place(clientPlace) {}
-
-    [[nodiscard]] bool isUsable() const
-    {
-        if (place == nullptr)
+/// Of a pointer, a count's, whether it is there.
+template <class Argument>
+bool isUsable(const Argument &argument)
+{
+    if constexpr (std::is_class_v<Argument>) {
+        return argument.isUsable();
+    } else {
+        if (argument == nullptr)
             diagnostics::note("the count pointer is null");
-        return place != nullptr;
+        return argument != nullptr;
     }
-
-    unsigned int *place;
-};
+}
 
 template <class... Arguments>
 bool areUsable(const Arguments &...arguments)
 {
-    return (arguments.isUsable() && ...);
+    return (isUsable(arguments) && ...);
 }
 
 /// Carries out what `parse` makes of a request.
@@ -113,12 +113,12 @@ Result handOut(OutputOf<Record> out, Operation &&fill)
 
 /// The same for a list, which has nothing if none is found.
 template <class Record, class Operation>
-Result handOut(OutputOf<Record> out, Count count, const char *none, Operation &&fill)
+Result handOut(OutputOf<Record> out, unsigned int *count, const char *none, Operation &&fill)
 {
     return handOut<Record>(out, [&](controller::Structures<Record> &structures) {
         const Result result = fill(structures);
         if (result == Result::Success)
-            *count.place = structures.count();
+            *count = structures.count();
         else if (result == Result::NotFound)
             diagnostics::note(none);
         return result;
@@ -143,7 +143,7 @@ unsigned int addItems(ClientText text) noexcept
 }
 
 template <class Record>
-unsigned int addItemsAndHandOut(OutputOf<Record> out, Count count, ClientText text) noexcept
+unsigned int addItemsAndHandOut(OutputOf<Record> out, unsigned int *count, ClientText text) noexcept
 {
     const auto add = [&](Controller &controller) {
         if (!areUsable(out, count, text))
@@ -206,7 +206,7 @@ unsigned int getItem(OutputOf<Record> out, Numbers... identifiers) noexcept
 
 /// The numbers are the parents, or a range, as the kind has them.
 template <class Record, class... Numbers>
-unsigned int getItems(OutputOf<Record> out, Count count, Numbers... numbers) noexcept
+unsigned int getItems(OutputOf<Record> out, unsigned int *count, Numbers... numbers) noexcept
 {
     const auto get = [&](Controller &controller) {
         if (!areUsable(out, count))
@@ -218,7 +218,7 @@ unsigned int getItems(OutputOf<Record> out, Count count, Numbers... numbers) noe
 }
 
 template <class Record, class... Numbers>
-unsigned int getItemsWithParams(OutputOf<Record> out, Count count, ClientText field, ClientText value,
+unsigned int getItemsWithParams(OutputOf<Record> out, unsigned int *count, ClientText field, ClientText value,
                                 Numbers... parents) noexcept
 {
     const auto get = [&](Controller &controller) {

@@ -64,21 +64,15 @@ public:
 private:
     void appendCharacter(char32_t character)
     {
-        const auto last = [&](int shift) { return static_cast<char>(0x80 | (character >> shift & 0x3f)); };
-        const auto first = [&](int mark, int shift) { return static_cast<char>(mark | character >> shift); };
-        if (character < 0x80)
-            append(std::array{first(0, 0)});
-        else if (character < 0x800)
-            append(std::array{first(0xc0, 6), last(0)});
-        else if (character < 0x10000)
-            append(std::array{first(0xe0, 12), last(6), last(0)});
-        else
-            append(std::array{first(0xf0, 18), last(12), last(6), last(0)});
-    }
-    template <std::size_t count>
-    void append(const std::array<char, count> &bytes)
-    {
-        append(std::string_view(bytes.data(), count));
+        const std::size_t more = character < 0x80 ? 0U : character < 0x800 ? 1U : character < 0x10000 ? 2U : 3U;
+        const unsigned int mark = more == 0 ? 0U : 0xffU & ~(0xffU >> (more + 1));
+        std::array<char, 4> bytes{};
+        for (std::size_t i = more; i > 0; --i) {
+            bytes.at(i) = static_cast<char>(0x80U | (character & 0x3fU));
+            character >>= 6U;
+        }
+        bytes.front() = static_cast<char>(mark | character);
+        append(std::string_view(bytes.data(), more + 1));
     }
 
     std::array<char, capacity> m_text{};

@@ -157,7 +157,7 @@ private:
         return member.role != Shape::Role::Parent || (m_request.form == Form::Record && place == nullptr);
     }
 
-    std::string firstMistake(const Record &record) const
+    [[nodiscard]] std::string firstMistake(const Record &record) const
     {
         const auto isFound = [&](Shape::Role role) {
             return std::ranges::find(record.found, role, &Shape::Member::role) != record.found.end();

@@ -4,6 +4,8 @@
 #include "failures.h"
 #include "heldfiles.h"
 
+#include <tarnel/diagnostics.h>
+
 #include <algorithm>
 #include <optional>
 
@@ -50,14 +52,18 @@ void launch(Cache &cache, Journal journal)
 /// Expects the log of a step that failed with this code; out of memory the library logs nothing.
 void expectFailureOf(const Act &act, const std::string &code)
 {
+    const std::string reason = tarnelReason();
     if (code == "3") {
         EXPECT_EQ(takeLog(), Lines{});
+        EXPECT_TRUE(reason == act.name + ": out of memory" || reason == "out of memory") << reason;
         return;
     }
     std::vector<Step> steps = act.steps;
     std::erase_if(steps, [&](const Step &step) { return step.code != code; });
     EXPECT_FALSE(steps.empty()) << "not with the code " << code;
-    expectLogOf(steps);
+    const std::string logged = expectLogOf(steps);
+    const bool hasNoRoom = reason == "the database could not be read" || reason == "the database could not be written";
+    EXPECT_TRUE(hasNoRoom || (reason.starts_with(act.name + ": ") && reason.ends_with(" error: " + logged))) << reason;
 }
 
 /// How an act goes on a disk and with memory that do not fail.

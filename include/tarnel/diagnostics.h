@@ -53,7 +53,7 @@ TARNEL_EXPORT unsigned int tarnelCheckVersion(unsigned int version, unsigned int
  * `getLaunchCacheResult`: there each thread that asks finds why the launch had no database. A text that is no JSON is
  * named with the line of its first error, from 1, and with how many 16-bit units stand before it. Where the database
  * failed, it is the line that is also logged. What comes from a request stands there shortened, with a number for each
- * control character ("<U+1B>"): it can be shown anywhere.
+ * control character ("<U+1b>"): it can be shown anywhere.
  */
 TARNEL_EXPORT const char *tarnelReason(void);
 

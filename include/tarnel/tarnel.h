@@ -45,7 +45,8 @@
  * Codes
  *   Every function returns a `TarnelResult` unless it says otherwise. Each that needs the cache can return
  *   TARNEL_NOT_AVAILABLE (no cache is running) and TARNEL_ALLOCATION_FAILED; these two are not repeated below.
- *   A failure of the database is also written to Qt's debug log, with the text of SQLite.
+ *   A failure of the database is also written to Qt's debug log, with the text of SQLite. `tarnelReason` in
+ *   diagnostics.h says why a call failed.
  *
  * Qt
  *   The cache registers two Qt SQL connections, named "" and "CacheDb": a client that uses Qt SQL itself must name its

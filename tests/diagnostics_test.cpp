@@ -1,0 +1,67 @@
+#include "client.h"
+
+#include <tarnel/diagnostics.h>
+
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace client {
+
+using Diagnostics = DirectoryTest;
+
+TEST_F(Diagnostics, reasonsOfArgumentsNameTheArgument)
+{
+    const RunningCache cache;
+    api::User *none = nullptr;
+    api::User user{};
+    api::User *taken = &user;
+    unsigned int count = 0;
+    const unsigned short text[] = {u'n'};
+    const std::pair<std::function<unsigned int()>, std::string> mistakes[] = {
+        {[&] { return getUser(&taken, 1); }, "getUser: the output pointer is not null"},
+        {[&] { return getUser(nullptr, 1); }, "getUser: the output pointer has no address"},
+        {[&] { return getUsers(&none, nullptr); }, "getUsers: the count pointer is null"},
+        {[&] { return addUsers(nullptr, 1); }, "addUsers: the text is null, and its length is not 0"},
+        {[&] { return setServerIp(nullptr, 1); }, "setServerIp: the text is null, and its length is not 0"},
+        {[&] { return getUsersWithParams(&none, &count, text, 1, nullptr, 1); },
+         "getUsersWithParams: the value is null, and its length is not 0"},
+        {[&] { return removeAffectFlag(nullptr, text, 1); }, "removeAffectFlag: the output pointer has no address"},
+        {[&] { return freeUser(nullptr); }, "freeUser: the pointer is null"},
+        {[&] { return freeUsersArray(&user, 0); }, "freeUsersArray: the count is 0"},
+        {[&] { return tarnelCheckVersion(TARNEL_VERSION + 100, TARNEL_LAYOUT); },
+         "tarnelCheckVersion: the client was compiled with version "},
+    };
+    for (const auto &[call, reason] : mistakes) {
+        EXPECT_EQ(call(), TARNEL_INVALID_ARGUMENT) << reason;
+        EXPECT_EQ(std::string(tarnelReason()).substr(0, reason.size()), reason);
+        EXPECT_EQ(clearAll(), TARNEL_SUCCESS);
+        EXPECT_TRUE(std::string(tarnelReason()).starts_with(reason)) << "is kept by a success";
+        std::thread([] { EXPECT_STREQ(tarnelReason(), ""); }).join();
+    }
+    EXPECT_EQ(tarnelCheckVersion(tarnelVersion(), TARNEL_LAYOUT), TARNEL_SUCCESS);
+    EXPECT_EQ(tarnelCheckVersion(TARNEL_VERSION, TARNEL_LAYOUT + 1), TARNEL_INVALID_ARGUMENT);
+    EXPECT_STREQ(tarnelCodeName(TARNEL_WRITE_FAILED), "TARNEL_WRITE_FAILED");
+    EXPECT_STREQ(tarnelCodeAdvice(1), "");
+    if (const pid_t child = ::fork(); child == 0)
+        ::_exit(clearAll() == TARNEL_NOT_AVAILABLE && std::string(tarnelReason()).find("forked") < 50 ? 0 : 1);
+    int status = 1;
+    EXPECT_TRUE(::wait(&status) > 0 && status == 0);
+}
+
+TEST_F(Diagnostics, everyThreadLearnsWhyThereIsNoDatabase)
+{
+    EXPECT_EQ(clearAll(), TARNEL_NOT_AVAILABLE);
+    EXPECT_STREQ(tarnelReason(), "clearAll: no cache is running");
+    std::filesystem::create_directory("CacheDb");
+    const RunningCache cache;
+    for (int i = 0; i < 2; ++i)
+        std::thread([] {
+            EXPECT_EQ(getLaunchCacheResult(), TARNEL_DATABASE_UNAVAILABLE);
+            EXPECT_STREQ(tarnelReason(),
+                         "getLaunchCacheResult: No database: unable to open database file: Is a directory");
+        }).join();
+}
+
+} // namespace client
