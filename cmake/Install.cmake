@@ -2,7 +2,7 @@
 include(CMakePackageConfigHelpers)
 
 install(TARGETS TarnelLib EXPORT TarnelLibTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(DIRECTORY include/tarnel DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(DIRECTORY include/tarnel ${CMAKE_BINARY_DIR}/include/tarnel DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(EXPORT TarnelLibTargets FILE TarnelLibConfig.cmake NAMESPACE TarnelLib::
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/TarnelLib)
 write_basic_package_version_file(${CMAKE_BINARY_DIR}/TarnelLibConfigVersion.cmake COMPATIBILITY SameMinorVersion)

@@ -13,7 +13,7 @@ trap 'rm -rf "$work"' EXIT
 mv "$work/prefix" "$work/moved"
 prefix=$work/moved
 mkdir "$work/client"
-cp "$source/examples/client.c" "$source/examples/python/"*.py "$source/tests/installed/"* "$work/client"
+cp "$source/examples/client.c" "$source/examples/wrapper.cpp" "$source/examples/python/"*.py "$source/tests/installed/"* "$work/client"
 
 "$cmake" -G Ninja -S "$work/client" -B "$work/build" -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
 "$cmake" --build "$work/build" >/dev/null
@@ -24,6 +24,7 @@ flags="-Wall -Wextra -Wpedantic -Wconversion -Werror -fsanitize=address -pthread
 tarnel=$(pkg-config --cflags --libs tarnel)
 gcc -std=c11 $flags "$work/client/client.c" -o "$work/build/pkgcclient" $tarnel
 g++ -std=c++17 $flags "$work/client/cxxclient.cpp" -o "$work/build/pkgcxxclient" $tarnel
+g++ -std=c++17 $flags "$work/client/wrapper.cpp" -o "$work/build/wrapper" $tarnel
 
 export LD_LIBRARY_PATH="$prefix/$libdir"
 header=$prefix/include/tarnel/tarnel.h
@@ -31,7 +32,8 @@ export LSAN_OPTIONS="suppressions=$source/tests/lsan.supp:print_suppressions=0"
 python="python3 $work/client/client.py libTarnelLib.so.0 $header"
 mkdir "$work/run"
 cd "$work/run"
-for client in "$work/build/cclient" "$work/build/cxxclient" "$work/build/pkgcclient" "$work/build/pkgcxxclient" "$python"; do
+for client in "$work/build/cclient" "$work/build/cxxclient" "$work/build/pkgcclient" "$work/build/pkgcxxclient" \
+    "$work/build/wrapper" "$python"; do
     timeout 60 $client || { echo "$client has failed"; exit 1; }
     test "$(ls)" = CacheDb
     rm CacheDb
