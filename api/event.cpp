@@ -35,20 +35,21 @@ unsigned int freeEventsArray(api::Event *events, unsigned int count)
 unsigned int removeAffectFlag(api::Event **event, const unsigned short *text, unsigned int length)
 {
     using tarnelLib::Result;
+    const api::ClientText request(text, length);
     return api::withController([&](auto &controller) {
-        const api::ClientText request{text, length};
-        if (event == nullptr || !request.isValid())
+        if (event == nullptr)
+            tarnelLib::diagnostics::note("the output pointer has no address");
+        if (event == nullptr || !request.isUsable())
             return Result::InvalidArgument;
         // The request names the event as one to delete would.
-        tarnelLib::controller::Identifiers<Event> id{};
-        const Result parsed = tarnelLib::controller::parseDelete<Event>(request.view(), id);
-        if (parsed != Result::Success)
-            return parsed;
-        tarnelLib::controller::Structures<Event> changed;
-        const Result removed = controller.removeAffectFlag(changed, id.front());
-        // Other outputs must be null. This one may hold an event: its block alone is released, as clients expect it.
-        if (removed == Result::Success)
-            std::free(std::exchange(*event, std::move(changed).release()));
-        return removed;
+        return api::onIdentifiers<Event>(request, [&](const auto &id) {
+            tarnelLib::controller::Structures<Event> changed;
+            const Result removed = controller.removeAffectFlag(changed, id.front());
+            // Other outputs must be null. This one may hold an event: its block alone is released, as clients expect
+            // it.
+            if (removed == Result::Success)
+                std::free(std::exchange(*event, std::move(changed).release()));
+            return removed;
+        });
     });
 }

@@ -1,6 +1,7 @@
 #include "runtime/lifecycle.h"
 
 namespace runtime = tarnelLib::runtime;
+using tarnelLib::Result;
 
 void launchCache()
 {
@@ -25,7 +26,14 @@ unsigned int getState()
 unsigned int getLaunchCacheResult()
 {
     const runtime::CacheAccess access;
+    Result result = Result::NotAvailable;
     if (access.controller() == nullptr)
-        return TARNEL_NOT_AVAILABLE;
-    return static_cast<unsigned int>(access.controller()->getConnectToDatabaseResult());
+        runtime::CacheAccess::noteAbsence();
+    else
+        result = access.controller()->getConnectToDatabaseResult();
+    if (result == Result::DatabaseUnavailable)
+        tarnelLib::diagnostics::note(access.controller()->connectFailure());
+    if (result == Result::DatabaseUnavailable || result == Result::NotAvailable)
+        tarnelLib::diagnostics::setReason("getLaunchCacheResult", result);
+    return static_cast<unsigned int>(result);
 }

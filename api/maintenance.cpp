@@ -7,14 +7,14 @@ unsigned int setServerIp(const unsigned short *address, unsigned int length)
 {
     return api::withController([&](auto &controller) {
         const api::ClientText text{address, length};
-        return text.isValid() ? controller.write(Database::setServerIp, text.view()) : Result::InvalidArgument;
+        return api::areUsable(text) ? controller.write(Database::setServerIp, text.view()) : Result::InvalidArgument;
     });
 }
 
 unsigned int getServerIp(unsigned short **address)
 {
     return api::withController([&](auto &controller) {
-        if (!api::isFree(address))
+        if (!api::areUsable(api::Output(address)))
             return Result::InvalidArgument;
         std::optional<tarnelLib::controller::Text> stored;
         const Result read = controller.getServerIp(stored);

@@ -47,7 +47,7 @@ unsigned int getSiteNameAndAddress(unsigned short **name, unsigned short **addre
 {
     using tarnelLib::Result;
     return api::withController([&](auto &controller) {
-        if (!api::isFree(name) || !api::isFree(address))
+        if (!api::areUsable(api::Output(name), api::Output(address)))
             return Result::InvalidArgument;
         tarnelLib::controller::SiteFields fields;
         const Result read = controller.getSiteFields(fields, id);

@@ -4,7 +4,15 @@
 
 #include <QDebug>
 
+#include <cctype>
+
 namespace tarnelLib::controller {
+
+namespace {
+
+constexpr std::string_view notCached = " is not in the cache";
+
+} // namespace
 
 void Controller::connectToDatabase(const QString &path)
 {
@@ -13,7 +21,10 @@ void Controller::connectToDatabase(const QString &path)
     } catch (const std::bad_alloc &) {
         m_connectResult = Result::DatabaseUnavailable;
         qDebug("No database: out of memory");
+        diagnostics::note("No database: out of memory");
     }
+    // Also where it is no failure: what was tried before is nothing for the calls that follow.
+    m_connectFailure = diagnostics::takeDetail();
 }
 
 Result Controller::connect(const QString &path)
@@ -32,15 +43,26 @@ Result Controller::connect(const QString &path)
     return Result::Success;
 }
 
+void Controller::noteUnknownField(std::string_view kind, std::u16string_view key) noexcept
+{
+    const char initial = static_cast<char>(std::tolower(kind.front()));
+    diagnostics::note(std::string_view(&initial, 1), kind.substr(1), " have no field \"", key.substr(0, 40),
+                      "\" to filter by");
+}
+
 Result Controller::checkParents(Connection &connection, Numbers parents)
 {
     bool isExists = true;
     if (parents.size() == 2) {
         const bool isRead = Table<Section>::isExists(connection, isExists, parents);
+        if (isRead && !isExists)
+            diagnostics::note("stored, but the section ", parents[1], " of the device ", parents[0], notCached);
         if (const Result section = existsResult(isRead, isExists, Result::ParentNotFound); section != Result::Success)
             return section;
     }
     const bool isRead = parents.empty() || Table<Device>::isExists(connection, isExists, parents.first(1));
+    if (isRead && !isExists)
+        diagnostics::note("stored, but the device ", parents[0], notCached);
     return existsResult(isRead, isExists, Result::ParentNotFound);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "controller/result.h"
+#include "diagnostics/reason.h"
 #include "storage/database.h"
 #include "storage/sqlitedatabase.h"
 #include "storage/table.h"
@@ -25,6 +26,8 @@ public:
     void onStart() { m_state = TARNEL_STATE_RUNNING; }
     [[nodiscard]] unsigned int getState() const { return m_state; }
     [[nodiscard]] Result getConnectToDatabaseResult() const { return m_connectResult; }
+    /// Why no database could be opened or made.
+    [[nodiscard]] std::string_view connectFailure() const { return m_connectFailure.view(); }
 
     /// Brings what was written into the main file; false if a read in progress keeps it off.
     [[nodiscard]] bool foldLog() { return m_database.write()->foldLog(); }
@@ -71,8 +74,10 @@ public:
                                     Numbers parents)
     {
         const ModelField *field = toTableField<Record>(key);
-        if (field == nullptr)
+        if (field == nullptr) {
+            noteUnknownField(Schema<Record>::table, key);
             return Result::InvalidArgument;
+        }
         return foundResult(Table<Record>::getByField(*m_database.read(), found, *field, value, parents), found,
                            Result::ReadFailed);
     }
@@ -110,6 +115,7 @@ public:
 
 private:
     Result connect(const QString &path);
+    static void noteUnknownField(std::string_view kind, std::u16string_view key) noexcept;
 
     static Result writeResult(bool isWritten) { return isWritten ? Result::Success : Result::WriteFailed; }
 
@@ -133,6 +139,7 @@ private:
 
     std::atomic<unsigned int> m_state = TARNEL_STATE_CONNECTED;
     std::atomic<Result> m_connectResult = Result::NotAvailable;
+    diagnostics::Detail m_connectFailure; ///< Written before any other thread knows this object.
     SQLiteDatabase m_database;
 };
 

@@ -22,4 +22,14 @@ enum class Result : unsigned int {
     NotAvailable = TARNEL_NOT_AVAILABLE,
 };
 
+/// What there is to say about a code, whatever the call was.
+struct Description {
+    const char *name;
+    const char *reason; ///< Why such a call failed, as far as the code tells it.
+    const char *advice; ///< What a client does then.
+};
+
+/// Empty texts for a number that is no code.
+[[nodiscard]] Description describe(Result result);
+
 } // namespace tarnelLib

@@ -15,6 +15,8 @@ constexpr int depthLimit = 1024;
 constexpr char16_t byteOrderMark = 0xfeff;
 constexpr char16_t swappedByteOrderMark = 0xfffe;
 
+constexpr const char *unendedString = "the string has no end";
+
 constexpr bool isHighSurrogate(char16_t unit)
 {
     return (unit & 0xfc00) == 0xd800;
@@ -45,6 +47,7 @@ JsonReader::JsonReader(std::u16string_view text)
                                [](char16_t unit) { return static_cast<char16_t>(unit >> 8 | unit << 8); });
         text = m_swapped;
     }
+    m_begin = text.data();
     // One mark belongs to UTF-16, and one may be left of UTF-8.
     for (int marks = 0; marks < 2 && !text.empty() && text.front() == byteOrderMark; ++marks)
         text.remove_prefix(1);
@@ -55,8 +58,12 @@ JsonReader::JsonReader(std::u16string_view text)
 
 double JsonReader::readNumber()
 {
-    if (const std::optional<double> number = readShortWholeNumber())
-        return *number;
+    const std::optional<std::int64_t> number = readShortWholeNumber();
+    return number ? static_cast<double>(*number) : readOtherNumber();
+}
+
+double JsonReader::readOtherNumber()
+{
     const char16_t *const begin = m_position;
     const auto passDigits = [this] {
         while (m_position != m_end && isDigit(*m_position))
@@ -89,15 +96,15 @@ double JsonReader::readNumber()
     std::transform(begin, m_position, digits, [](char16_t unit) { return static_cast<char>(unit); });
     double number = 0;
     const auto [end, error] = std::from_chars(digits, digits + length, number);
-    if (error != std::errc() || end != digits + length)
-        fail();
+    if (error != std::errc() || end != digits + length) {
+        m_position = begin;
+        fail(length == 0 ? "a value is expected" : "this is no number that can be read");
+    }
     skipSpace();
     return number + 0.0; // There is no negative zero.
 }
 
-/// Nearly all numbers are whole, of a few digits: these need no conversion that rounds. Nothing, and nothing read, if
-/// another number is ahead.
-std::optional<double> JsonReader::readShortWholeNumber()
+std::optional<std::int64_t> JsonReader::readShortWholeNumber()
 {
     constexpr std::ptrdiff_t digitLimit = 15; // A double holds all of them.
     const char16_t *const limit = m_position + std::min(digitLimit, m_end - m_position);
@@ -111,7 +118,7 @@ std::optional<double> JsonReader::readShortWholeNumber()
         return std::nullopt;
     m_position = next;
     skipSpace();
-    return static_cast<double>(number);
+    return number;
 }
 
 Text JsonReader::readText()
@@ -153,7 +160,7 @@ void JsonReader::skip()
             skipLiteral(u"null");
             break;
         case Type::Nothing:
-            fail();
+            fail("a value is expected");
             break;
         }
         if (bracket != 0) {
@@ -173,10 +180,22 @@ void JsonReader::skip()
     } while (open > 0);
 }
 
+std::string JsonReader::error() const
+{
+    const char16_t *const place = m_hasFailed ? m_failedAt : m_position;
+    std::string text = "line " + std::to_string(1 + std::count(m_begin, place, u'\n'));
+    text += ", offset " + std::to_string(place - m_begin) + ": ";
+    if (m_hasFailed && place == m_end && m_expected != unendedString)
+        text += "the text ends here, and ";
+    return text + (m_hasFailed ? m_expected : "nothing more is expected");
+}
+
 void JsonReader::enter(char16_t bracket)
 {
-    if (++m_depth > depthLimit || !passIfAhead(bracket))
-        fail();
+    if (++m_depth > depthLimit)
+        fail("there are more than 1024 levels");
+    else if (!passIfAhead(bracket))
+        fail("a value is expected");
 }
 
 bool JsonReader::leaveIfAhead(char16_t bracket)
@@ -193,14 +212,14 @@ bool JsonReader::hasMore(char16_t bracket)
     if (passIfAhead(u','))
         return true;
     if (!leaveIfAhead(bracket))
-        fail();
+        fail(bracket == u'}' ? R"("," or "}" is expected)" : R"("," or "]" is expected)");
     return false;
 }
 
 void JsonReader::skipLiteral(std::u16string_view literal)
 {
     if (!std::u16string_view(m_position, m_end).starts_with(literal)) {
-        fail();
+        fail("a value is expected");
         return;
     }
     m_position += literal.size();
@@ -212,7 +231,7 @@ std::u16string_view JsonReader::readKey()
     const std::u16string_view key = readString();
     skipSpace();
     if (!passIfAhead(u':'))
-        fail();
+        fail("\":\" is expected");
     return key;
 }
 
@@ -220,7 +239,7 @@ std::u16string_view JsonReader::readKey()
 std::u16string_view JsonReader::readString()
 {
     if (m_position == m_end || *m_position != u'"') {
-        fail();
+        fail("a key in quotation marks is expected");
         return {};
     }
     const char16_t *const begin = ++m_position;
@@ -230,7 +249,7 @@ std::u16string_view JsonReader::readString()
         ++m_position;
     }
     if (m_position == m_end) {
-        fail();
+        fail(unendedString);
         return {};
     }
     return {begin, m_position++};
@@ -245,7 +264,7 @@ std::u16string_view JsonReader::readStringWithEscapes(const char16_t *begin)
         if (unit == u'\\') {
             const std::optional<char16_t> escaped = readEscape();
             if (!escaped) {
-                fail();
+                fail("this is no escape that can be read");
                 return {};
             }
             m_unescaped.push_back(*escaped);
@@ -257,7 +276,7 @@ std::u16string_view JsonReader::readStringWithEscapes(const char16_t *begin)
         }
     }
     if (m_position == m_end) {
-        fail();
+        fail(unendedString);
         return {};
     }
     ++m_position;

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "diagnostics/suspicions.h"
 #include "entities/text.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -63,6 +65,10 @@ public:
     }
 
     [[nodiscard]] double readNumber();
+    /// Nearly all numbers are whole, of a few digits: these need no conversion that rounds. Nothing, and nothing read,
+    /// if another number is ahead.
+    [[nodiscard]] std::optional<std::int64_t> readShortWholeNumber();
+    [[nodiscard]] double readOtherNumber();
     [[nodiscard]] Text readText();
 
     /// Passes over the value ahead, of whatever type and depth.
@@ -71,10 +77,23 @@ public:
     /// Whether the text was one value without an error; to be asked when that value has been read.
     [[nodiscard]] bool isComplete() const { return !m_hasFailed && m_position == m_end; }
 
+    /// Where the text has its first error, and what stands there instead; to be asked if it is not complete.
+    [[nodiscard]] std::string error() const;
+
+    /// The text from here on, for who wants to show what was read.
+    [[nodiscard]] std::u16string_view rest() const { return {m_position, m_end}; }
+
+    /// What the caller found odd in this text.
+    diagnostics::Oddities oddities;
+
 private:
     /// What follows finds the text at its end.
-    void fail()
+    void fail(const char *expected)
     {
+        if (!m_hasFailed) {
+            m_expected = expected;
+            m_failedAt = m_position;
+        }
         m_hasFailed = true;
         m_position = m_end;
     }
@@ -95,7 +114,6 @@ private:
     void enter(char16_t bracket);
     bool leaveIfAhead(char16_t bracket);
     bool hasMore(char16_t bracket);
-    std::optional<double> readShortWholeNumber();
     void skipLiteral(std::u16string_view literal);
     std::u16string_view readKey();
     std::u16string_view readString();
@@ -103,9 +121,12 @@ private:
     std::optional<char16_t> readEscape();
     std::optional<char16_t> readHexadecimal();
 
-    std::u16string m_swapped;   ///< The text, if it came in the other byte order.
+    std::u16string m_swapped; ///< The text, if it came in the other byte order.
+    const char16_t *m_begin;
     const char16_t *m_position; ///< Never at white space between calls.
     const char16_t *m_end;
+    const char16_t *m_failedAt = nullptr;
+    const char *m_expected = nullptr; ///< At the error.
     bool m_hasFailed = false;
     int m_depth = 0;
     std::u16string m_unescaped; ///< The string last read, if it is not in the text as it stands.

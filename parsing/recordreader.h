@@ -3,41 +3,44 @@
 #include "entities/field.h"
 #include "parsing/jsonreader.h"
 
+#include <algorithm>
 #include <array>
 
 namespace tarnelLib::controller {
 
-// The readers of single values, from the value ahead. False if it is not of the type that the destination takes: then
+using diagnostics::Reading;
+
+// The readers of single values, from the value ahead. `Wrong` if it is not of the type that the destination takes: then
 // it has been skipped. Null is of no type.
 
 /// The low 32 bits of the number cut to a whole one: -1 reads as 4294967295, 1.9 as 1.
-[[nodiscard]] bool readValue(JsonReader &json, quint32 &destination);
+[[nodiscard]] Reading readValue(JsonReader &json, quint32 &destination);
 /// A whole number within 32 bits; any other number reads as 0.
-[[nodiscard]] bool readValue(JsonReader &json, qint32 &destination);
+[[nodiscard]] Reading readValue(JsonReader &json, qint32 &destination);
 /// The low 8 bits of what reads as a signed number: 300 reads as 44, 2.5 as 0.
-[[nodiscard]] bool readValue(JsonReader &json, quint8 &destination);
+[[nodiscard]] Reading readValue(JsonReader &json, quint8 &destination);
 /// A number is true unless it reads as the signed number 0. The JSON values true and false are taken, and are no
 /// numbers: both read as false.
-[[nodiscard]] bool readValue(JsonReader &json, bool &destination);
+[[nodiscard]] Reading readValue(JsonReader &json, bool &destination);
 /// The number cut to a whole one, up to 2^64.
-[[nodiscard]] bool readValue(JsonReader &json, quint64 &destination);
-[[nodiscard]] bool readValue(JsonReader &json, double &destination);
-[[nodiscard]] bool readValue(JsonReader &json, std::optional<Text> &destination);
+[[nodiscard]] Reading readValue(JsonReader &json, quint64 &destination);
+[[nodiscard]] Reading readValue(JsonReader &json, double &destination);
+[[nodiscard]] Reading readValue(JsonReader &json, std::optional<Text> &destination);
 
 template <class Value>
-[[nodiscard]] bool readValue(JsonReader &json, std::optional<Value> &destination)
+[[nodiscard]] Reading readValue(JsonReader &json, std::optional<Value> &destination)
 {
     return readValue(json, destination.emplace());
 }
 /// A record, by its field list.
 template <class Record>
-[[nodiscard]] bool readValue(JsonReader &json, Record &record) requires requires
+[[nodiscard]] Reading readValue(JsonReader &json, Record &record) requires requires
 {
     Schema<Record>::fields;
 };
 /// The array ahead. False if it is none, or if an item is not of the type; all of it has been passed then.
 template <class Item>
-[[nodiscard]] bool readValue(JsonReader &json, std::vector<Item> &items);
+[[nodiscard]] Reading readValue(JsonReader &json, std::vector<Item> &items);
 
 /// Fills a record from the object ahead, by the record's field list. Of a key that stands there twice the last value
 /// counts, also if an earlier one was of a wrong type.
@@ -59,7 +62,7 @@ private:
     /// What is done with the value of a key. Besides the fields there is the key that stands in for the identifier's.
     struct Entry {
         std::string_view key; ///< Empty for a field that requests do not have.
-        bool (*read)(RecordReader &reader, JsonReader &json) = nullptr;
+        Reading (*read)(RecordReader &reader, JsonReader &json) = nullptr;
     };
     static constexpr std::size_t alternativeId = fieldCount;
     using Entries = std::array<Entry, fieldCount + 1>;
@@ -75,13 +78,18 @@ private:
         json.readObject([&](std::u16string_view key) {
             const std::size_t position = find(key);
             if (position == entries.size()) {
+                json.oddities.add(Schema<Record>::table, key, Reading::UnknownKey);
                 json.skip();
                 return;
             }
             const quint64 bit = 1ULL << position;
-            const bool isAccepted = entries[position].read(*this, json);
+            const Reading reading = entries[position].read(*this, json);
             m_found |= bit;
-            m_wrong = isAccepted ? m_wrong & ~bit : m_wrong | bit;
+            m_wrong &= ~bit;
+            if (reading == Reading::Wrong)
+                m_wrong |= bit;
+            else if (reading != Reading::Fine)
+                json.oddities.add(Schema<Record>::table, entries[position].key, reading);
         });
         return takeIdentifiers() && m_wrong == 0;
     }
@@ -133,7 +141,7 @@ private:
     }
 
     template <std::size_t Position>
-    static bool readAt(RecordReader &reader, JsonReader &json)
+    static Reading readAt(RecordReader &reader, JsonReader &json)
     {
         const auto &row = std::get<Position>(fields);
         if constexpr (!isParentKey<std::remove_cvref_t<decltype(row)>>)
@@ -141,10 +149,10 @@ private:
         else if (reader.m_parents != nullptr)
             return readValue(json, reader.m_parents->at(Position)); // Parents are the first rows of their list.
         json.skip();
-        return true;
+        return Reading::Fine;
     }
 
-    static bool readAlternativeId(RecordReader &reader, JsonReader &json)
+    static Reading readAlternativeId(RecordReader &reader, JsonReader &json)
     {
         return readValue(json, reader.m_alternativeId);
     }
@@ -183,25 +191,25 @@ constexpr typename RecordReader<Record>::Entries RecordReader<Record>::entries =
 }();
 
 template <class Record>
-bool readValue(JsonReader &json, Record &record) requires requires
+Reading readValue(JsonReader &json, Record &record) requires requires
 {
     Schema<Record>::fields;
 }
 {
-    return RecordReader<Record>::read(json, record);
+    return RecordReader<Record>::read(json, record) ? Reading::Fine : Reading::Wrong;
 }
 
 template <class Item>
-bool readValue(JsonReader &json, std::vector<Item> &items)
+Reading readValue(JsonReader &json, std::vector<Item> &items)
 {
     items.clear();
     if (json.type() != JsonReader::Type::Array) {
         json.skip();
-        return false;
+        return Reading::Wrong;
     }
-    bool isAccepted = true;
-    json.readArray([&] { isAccepted = readValue(json, items.emplace_back()) && isAccepted; });
-    return isAccepted;
+    Reading worst = Reading::Fine;
+    json.readArray([&] { worst = std::max(worst, readValue(json, items.emplace_back())); });
+    return worst;
 }
 
 } // namespace tarnelLib::controller

@@ -10,9 +10,12 @@
 /// be used; how the text is read is known to this folder alone.
 namespace tarnelLib::controller {
 
+using diagnostics::Oddities;
+
 /// Reads the object under "D" with `readContent`. Whatever that finds, a text that is no JSON object is no request.
+/// What looks like a mistake in it is noted in `oddities`, here and below, if that is not null.
 template <class ReadContent>
-Result readEnvelope(std::u16string_view text, ReadContent &&readContent)
+Result readEnvelope(std::u16string_view text, Oddities *oddities, ReadContent &&readContent)
 {
     JsonReader json(text);
     if (json.type() != JsonReader::Type::Object)
@@ -28,14 +31,16 @@ Result readEnvelope(std::u16string_view text, ReadContent &&readContent)
             result = readContent(json);
         }
     });
+    if (oddities != nullptr)
+        *oddities = json.oddities;
     return json.isComplete() ? result : Result::InvalidArgument;
 }
 
 /// The keys under which a request by identifier names the parents and the record.
 template <class Record>
-auto identifierKeys()
+constexpr auto identifierKeys()
 {
-    std::array<std::string_view, parentCount<Record> + 1> keys;
+    std::array<std::string_view, parentCount<Record> + 1> keys{};
     std::size_t position = 0;
     forEachField<Record>([&](const auto &field) {
         if constexpr (requires { field.requestKey; })
@@ -48,9 +53,9 @@ auto identifierKeys()
 
 /// `{"D": {"items": [record, ...]}}`, with at least one record.
 template <class Record>
-[[nodiscard]] Result parseAddItems(std::u16string_view text, std::vector<Record> &records)
+[[nodiscard]] Result parseAddItems(std::u16string_view text, std::vector<Record> &records, Oddities *oddities = nullptr)
 {
-    return readEnvelope(text, [&](JsonReader &json) {
+    return readEnvelope(text, oddities, [&](JsonReader &json) {
         Result result = Result::InvalidRequest;
         json.readObject([&](std::u16string_view key) {
             if (key != u"items") {
@@ -58,7 +63,7 @@ template <class Record>
                 return;
             }
             const bool isArray = json.type() == JsonReader::Type::Array;
-            const bool isAccepted = readValue(json, records);
+            const bool isAccepted = readValue(json, records) != Reading::Wrong;
             result = isAccepted ? Result::Success : Result::InvalidRequest;
             if (isArray && records.empty())
                 result = Result::InvalidArgument;
@@ -70,9 +75,9 @@ template <class Record>
 /// `{"D": record}`, where a record with parents names them beside its fields.
 template <class Record>
 [[nodiscard]] Result parseAddOrUpdateItem(std::u16string_view text, std::optional<Record> &record,
-                                          ParentIds<Record> &parents)
+                                          ParentIds<Record> &parents, Oddities *oddities = nullptr)
 {
-    return readEnvelope(text, [&](JsonReader &json) {
+    return readEnvelope(text, oddities, [&](JsonReader &json) {
         return RecordReader<Record>::read(json, record.emplace(), &parents) ? Result::Success : Result::InvalidRequest;
     });
 }
@@ -80,9 +85,10 @@ template <class Record>
 /// `{"D": {key: identifier}}`, with the delete key of the kind, and of its parents. The type of an identifier is not
 /// looked at: what is no number reads as 0.
 template <class Record>
-[[nodiscard]] Result parseDelete(std::u16string_view text, Identifiers<Record> &identifiers)
+[[nodiscard]] Result parseDelete(std::u16string_view text, Identifiers<Record> &identifiers,
+                                 Oddities *oddities = nullptr)
 {
-    return readEnvelope(text, [&](JsonReader &json) {
+    return readEnvelope(text, oddities, [&](JsonReader &json) {
         const auto keys = identifierKeys<Record>();
         std::array<bool, keys.size()> isFound{};
         json.readObject([&](std::u16string_view key) {
@@ -91,9 +97,12 @@ template <class Record>
             quint32 unused = 0;
             quint32 &identifier = position < keys.size() ? identifiers.at(position) : unused;
             // What is no number reads as 0 here, other than in the records.
-            static_cast<void>(readValue(json, identifier));
-            if (position < keys.size())
-                isFound.at(position) = true;
+            const Reading reading = readValue(json, identifier);
+            if (position == keys.size())
+                return;
+            isFound.at(position) = true;
+            if (reading != Reading::Fine)
+                json.oddities.add(Schema<Record>::table, keys.at(position), reading);
         });
         return std::ranges::all_of(isFound, std::identity()) ? Result::Success : Result::InvalidRequest;
     });

@@ -1,5 +1,6 @@
 #include "runtime/lifecycle.h"
 
+#include "diagnostics/suspicions.h"
 #include "runtime/eventdispatcher.h"
 
 #include <QCoreApplication>
@@ -117,15 +118,18 @@ void runLaunch(Launch &launch)
     foldTimer.setSingleShot(true);
     foldTimer.setInterval(foldDelayMs);
     QObject::connect(&foldTimer, &QTimer::timeout, [&] {
-        withController([&](Controller &running) {
-            const bool isFolded = running.foldLog();
-            foldTimer.setInterval(isFolded ? foldDelayMs : foldRetryMs);
-            if (!isFolded)
-                foldTimer.start();
-            return Result::Success;
-        });
+        withController(
+            [&](Controller &running) {
+                const bool isFolded = running.foldLog();
+                foldTimer.setInterval(isFolded ? foldDelayMs : foldRetryMs);
+                if (!isFolded)
+                    foldTimer.start();
+                return Result::Success;
+            },
+            "launchCache");
     });
 
+    diagnostics::suspicions.forget();
     auto controller = std::make_unique<Controller>([&] { QMetaObject::invokeMethod(&foldTimer, "start"); });
     controller->connectToDatabase(QStringLiteral("CacheDb"));
     {
@@ -190,6 +194,14 @@ CacheAccess::CacheAccess()
     m_launch = launch;
     m_controller = launch->controller.get();
     ++launch->calls;
+}
+
+void CacheAccess::noteAbsence() noexcept
+{
+    if (isForkedOff)
+        diagnostics::note("this process was forked off one in which a cache was running, and has none itself");
+    else
+        diagnostics::note("no cache is running");
 }
 
 CacheAccess::~CacheAccess()

@@ -1,5 +1,7 @@
 #include "storage/connection.h"
 
+#include "diagnostics/reason.h"
+
 #include <QDebug>
 
 #include <mutex>
@@ -89,6 +91,7 @@ bool Connection::isDone(Statement::Step step, const Statement &statement)
 bool Connection::fail(const Failure &failure)
 {
     m_hasMetCircumstance = m_hasMetCircumstance || !Failure::isOfContent(failure.code);
+    diagnostics::note(m_message != nullptr ? m_message : m_kind, ": ", diagnostics::unitsOf(failure.text));
     const std::lock_guard lock(logMutex);
     for (const char *line : {m_kind, m_message}) {
         if (line == nullptr)

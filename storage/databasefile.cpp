@@ -1,5 +1,6 @@
 #include "storage/databasefile.h"
 
+#include "diagnostics/reason.h"
 #include "storage/connection.h"
 
 #include <QDebug>
@@ -102,6 +103,7 @@ bool isUnopenable(const QString &path, int systemError)
 void logUnavailable(const QString &reason, int systemError)
 {
     const QString detail = systemError == 0 ? QString() : QStringLiteral(": ") + qt_error_string(systemError);
+    diagnostics::note("No database: ", diagnostics::unitsOf(reason), diagnostics::unitsOf(detail));
     qDebug("No database: %s", qUtf8Printable(reason + detail));
 }
 

@@ -1,12 +1,12 @@
 #!/bin/sh
-# The library shows exactly the functions that the header declares, and has a SONAME.
+# The library shows exactly the functions that the headers declare, and has a SONAME.
 set -eu
 library=$1
-header=$2
+headers=$2
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
-grep -oE '^TARNEL_EXPORT (void|unsigned int) \w+' "$header" | awk '{print $NF}' | sort >"$work/declared"
+grep -ohE '^TARNEL_EXPORT (void |unsigned int |const char \*)\w+' "$headers"/*.h | grep -oE '\w+$' | sort >"$work/declared"
 nm -D --defined-only "$library" | awk '{print $3}' | sort >"$work/exported"
 test -s "$work/declared"
 diff "$work/declared" "$work/exported"

@@ -9,18 +9,35 @@
 
 namespace client {
 
+namespace {
+
+std::mutex linesMutex;
+Lines debugLines;
+Lines requestLines;
+
+void keep(QtMsgType type, const QMessageLogContext &context, const QString &line)
+{
+    std::this_thread::yield(); // Lets other threads' lines come between one thread's, if they can.
+    const std::lock_guard lock(linesMutex);
+    if (type == QtDebugMsg)
+        debugLines.push_back(line.toStdString());
+    else if (context.category == std::string_view("tarnel.requests"))
+        requestLines.push_back(line.toStdString());
+}
+
+} // namespace
+
 Lines takeLog()
 {
-    static std::mutex mutex;
-    static Lines lines;
-    const std::lock_guard lock(mutex);
-    qInstallMessageHandler([](QtMsgType type, const QMessageLogContext &, const QString &line) {
-        std::this_thread::yield(); // Lets other threads' lines come between one thread's, if they can.
-        const std::lock_guard linesLock(mutex);
-        if (type == QtDebugMsg)
-            lines.push_back(line.toStdString());
-    });
-    return std::exchange(lines, {});
+    const std::lock_guard lock(linesMutex);
+    qInstallMessageHandler(keep);
+    return std::exchange(debugLines, {});
+}
+
+Lines takeRequestLog()
+{
+    const std::lock_guard lock(linesMutex);
+    return std::exchange(requestLines, {});
 }
 
 std::vector<Step> stepsIn(const Case &lines)

@@ -9,6 +9,8 @@ using Lines = std::vector<std::string>;
 
 /// Qt's debug log since it was last looked at.
 Lines takeLog();
+/// What the log category of requests has said; kept from the first `takeLog` on.
+Lines takeRequestLog();
 
 /// A step of a function, as `failures.txt` has it.
 struct Step {

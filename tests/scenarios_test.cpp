@@ -2,6 +2,8 @@
 #include "exports.h"
 #include "failures.h"
 
+#include <tarnel/diagnostics.h>
+
 #include <algorithm>
 #include <cctype>
 #include <cstdio>
@@ -47,6 +49,10 @@ std::string answerTo(const std::string &text)
     std::string function;
     std::vector<Argument> inputs;
     words >> function >> std::ws;
+    if (function == "raw") {
+        const std::size_t request = text.find(' ', 4);
+        return call(text.substr(4, request - 4), {text.substr(request + 1)});
+    }
     if (words.peek() == '{')
         return call(function, {item(text.substr(function.size() + 1))});
     for (std::string word; words >> word;) {
@@ -83,6 +89,44 @@ TEST_P(Scenarios, runs)
         }
     }
 }
+
+class Reasons : public testing::TestWithParam<Case>
+{
+};
+
+/// Everything that `reasons.txt` says of calls: their reasons, and what is logged of those that are carried out.
+TEST_P(Reasons, areTold)
+{
+    const TemporaryDirectory directory;
+    takeLog();
+    takeRequestLog();
+    const RunningCache cache;
+    Lines warnings;
+    for (const std::string &line : GetParam().lines) {
+        if (line.starts_with("> ")) {
+            EXPECT_EQ(warnings.empty() ? "" : warnings.front(), line.substr(2));
+            warnings.erase(warnings.begin(), warnings.empty() ? warnings.end() : warnings.begin() + 1);
+            continue;
+        }
+        EXPECT_EQ(warnings, Lines()) << "before " << line;
+        const std::size_t end = std::min(line.size(), line.find(" => "));
+        std::string text = line.substr(0, end);
+        for (const auto &[name, character] :
+             {std::pair(R"(\\n)", "\n"), {R"(\\e)", "\x1b"}, {R"(\\d)", "\x7f"}, {R"(\\c)", "\u009b"}})
+            text = std::regex_replace(text, std::regex(name), character);
+        std::string answer = text == "suspicions" ? std::to_string(tarnelSuspicions()) : answerTo(text);
+        if (text != "suspicions")
+            answer.resize(std::min(answer.size(), answer.find(' ')));
+        if (text != "suspicions" && answer != "0" && !answer.empty())
+            answer += std::string(" ") + tarnelReason();
+        EXPECT_EQ(answer, end == line.size() ? "" : line.substr(end + 4)) << text;
+        warnings = takeRequestLog();
+    }
+    EXPECT_EQ(warnings, Lines());
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, Reasons, testing::ValuesIn(readCases("reasons.txt")),
+                         testing::PrintToStringParamName());
 
 INSTANTIATE_TEST_SUITE_P(Quirks, Scenarios, testing::ValuesIn(readCases("scenarios.txt")),
                          testing::PrintToStringParamName());
