@@ -73,8 +73,8 @@ def functions(header: str) -> Iterator[str]:
     The functions that delete have the keys of their requests as well, which only their comments tell.
     """
     yield "\n\n#: What the library exports.\nFUNCTIONS = {"
-    pattern = r"(?:/\*\*((?:(?!\*/).)*)\*/\n)?TARNEL_EXPORT (\w[\w ]*?) ?(\*?)(\w+)\(([^;]*)\);"
-    for comment, result, star, name, parameters in re.findall(pattern, header, re.S):
+    pattern = r"/\*\*((?:(?!\*/).)*)\*/\nTARNEL_EXPORT (\w[\w ]*?) ?\*?(\w+)\(([^;]*)\);"
+    for comment, result, name, parameters in re.findall(pattern, header, re.S):
         roles, kind = [], "None"
         for parameter in parameters.split(",") if parameters != "void" else []:
             base, stars, own = re.fullmatch(r"\s*(?:const )?([\w ()]+?) ?(\**)(\w+)", parameter).groups()
@@ -95,7 +95,7 @@ def version(header: str) -> Iterator[str]:
     major, minor, patch = re.findall(r"#define TARNEL_VERSION_\w+ (\d+)", header)
     number = int(major) * 10000 + int(minor) * 100 + int(patch)
     yield f"\n#: The version of the headers.\nVERSION = {number}"
-    weights = re.findall(r"sizeof\(TARNEL_STRUCT\((\w+)\)\) \* (\d+)u", header)
+    weights = re.findall(r"TARNEL_SIZE\((\w+)\) \* (\d+)u", header)
     yield "#: What the size of each structure counts in the number that stands for all of them."
     yield "LAYOUT_WEIGHTS: dict[type[Record], int] = {"
     yield from (f"    {name}: {weight}," for name, weight in weights)

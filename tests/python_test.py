@@ -53,6 +53,7 @@ class PackageTest(unittest.TestCase):
         for call, *given in [(cache.get, Zone, 1), (cache.update, Zone(1)), (cache.update, Event(1)), (cache.all, Event),
                              (cache.add, [User(1), Domain(1)]), (cache.add_one, User(1))]:
             self.assertRaises(TypeError, call, *given)
+        self.assertRaises(OverflowError, cache.get, User, 1 << 32 | 1)
         self.assertRaises(RuntimeError, cache.launch)
 
     def test_many_records_are_stored_and_read_in_slices(self):

@@ -58,7 +58,9 @@ class Cache:
             self.exit()
             if not is_running:
                 raise TimeoutError(f"the cache did not run after {self.timeout} seconds")
-            self.library.require(result)
+            # Of the other results there is no reason, but perhaps still one of an earlier call.
+            is_reason_known = result == Result.DATABASE_UNAVAILABLE
+            raise self.library.error(result, self.library.tarnelReason().decode() if is_reason_known else "")
         self.launch_result = Result(result)
 
     def exit(self) -> None:

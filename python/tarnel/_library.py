@@ -53,7 +53,7 @@ class Library(ctypes.CDLL):
             function = getattr(self, name)
             function.argtypes = [ROLES.get(role, ctypes.c_uint) for role in described.parameters]
             function.restype = RESULTS[described.result]
-        self.require(self.tarnelCheckVersion(VERSION, LAYOUT), "the package tarnel of Python")
+        self.require(self.tarnelCheckVersion(VERSION, LAYOUT))
 
     def call(self, name: str, *given: Any) -> tuple[int, list[Any]]:
         """Calls a function with its texts and numbers; returns its code and, if that is 0, what it handed out.
@@ -66,6 +66,9 @@ class Library(ctypes.CDLL):
     @contextmanager
     def handed_out(self, name: str, *given: Any) -> Iterator[tuple[int, list[Block]]]:
         """Calls a function as `call` does. What it hands out stays as it is until the end, and is released then."""
+        wanted = FUNCTIONS[name].texts + FUNCTIONS[name].numbers
+        if len(given) != len(wanted):
+            raise TypeError(f"{name} takes {wanted}, not {given}")
         prepared = self.prepare(name, given)
         code = getattr(self, name)(*prepared.arguments)
         kind = FUNCTIONS[name].kind
@@ -98,11 +101,15 @@ class Library(ctypes.CDLL):
                 prepared.arguments.append(ctypes.byref(prepared.outs[-1]))
             elif role != "length":
                 prepared.arguments.append(next(rest))
+                if not 0 <= prepared.arguments[-1] <= 0xFFFFFFFF:
+                    raise OverflowError(f"the {role} of {name} is no number of 32 bits: {prepared.arguments[-1]}")
         return prepared
 
-    def require(self, code: int, reason: str = "") -> None:
+    def require(self, code: int) -> None:
         """Raises what a code other than 0 stands for; on the thread that made the call."""
         if code != 0:
-            name, advice, why = (text.decode() for text in (
-                self.tarnelCodeName(code), self.tarnelCodeAdvice(code), self.tarnelReason()))
-            raise EXCEPTIONS.get(code, Error)(code, name, ": ".join(filter(None, (reason, why))), advice)
+            raise self.error(code, self.tarnelReason().decode())
+
+    def error(self, code: int, reason: str) -> Error:
+        name, advice = self.tarnelCodeName(code).decode(), self.tarnelCodeAdvice(code).decode()
+        return EXCEPTIONS.get(code, Error)(code, name, reason, advice)

@@ -40,6 +40,10 @@ class Function(NamedTuple):
     keys: list[str] = []  # Of its request, if the function deletes.
 
     @property
+    def texts(self) -> list[str]:
+        return [each for each in self.parameters if each == "text"]
+
+    @property
     def numbers(self) -> list[str]:
         return [each for each in self.parameters if each not in ("text", "length", "count", "out", "block")]
 
