@@ -8,7 +8,7 @@ import sys
 from collections.abc import Iterator
 from pathlib import Path
 
-HEAD = '''"""The records, codes and functions of the library, made from its headers when it is built: change those instead."""
+HEAD = '''"""The records, codes and functions of the library, made from its headers when it is built."""
 
 from dataclasses import dataclass, field
 from enum import IntEnum
@@ -85,7 +85,8 @@ def functions(header: str) -> Iterator[str]:
                     base + stars, "out" if stars == "**" else "block"))
             else:
                 roles.append("length" if roles[-1:] == ["text"] else "number" if own == "count" else snake_case(own))
-        keys = list(dict.fromkeys(re.findall(r'"(\w+)"', comment.partition(" under ")[2]))) if name.startswith("delete") else []
+        named = re.findall(r'"(\w+)"', comment.partition(" under ")[2]) if name.startswith("delete") else []
+        keys = list(dict.fromkeys(named))
         result = {"void": "None", "const char": "str"}.get(result, "int")
         yield f'    "{name}": Function({result}, {kind}, {roles}{f", {keys}" if keys else ""}),'.replace("'", '"')
     yield "}"

@@ -24,7 +24,7 @@ class Cache:
     launch the whole process stands in `directory`, so no other thread may need a relative path meanwhile. From then on
     it may stand anywhere.
     A launch that takes longer than `timeout` seconds, or that ends without tables, is undone and is an exception, whose
-    advice says what to do. Otherwise `launch_result` is SUCCESS, or DATABASE_CREATED: then ask the server for everything.
+    advice says what to do. Otherwise `launch_result` is SUCCESS, or DATABASE_CREATED: then ask the server for all.
     """
 
     def __init__(self, directory: str | os.PathLike[str] | None = None, timeout: float = 30,

@@ -99,4 +99,4 @@ def to_json(kind: Any, form: str, value: Any) -> Any:
 def from_json(kind: Any, form: str, value: Any) -> Any:
     if isinstance(kind, type) and issubclass(kind, Record):
         return kind(id=value) if form == "reference" else kind.from_dict(value)  # type: ignore[call-arg]
-    return value == 1 if kind == "?" else value
+    return bool(value) if kind == "?" else value
