@@ -50,8 +50,8 @@ class PackageTest(unittest.TestCase):
                 call(*given)
             self.assertEqual(caught.exception.name, f"TARNEL_{error.code.name}")
             self.assertTrue(caught.exception.reason and caught.exception.advice)
-        for call, *given in [(cache.get, Zone, 1), (cache.all, Event), (cache.update, Zone(1)), (cache.add_one, User(1)),
-                             (cache.update, Event(1)), (cache.add, [User(1), Domain(1)])]:
+        for call, *given in [(cache.get, Zone, 1), (cache.all, Event), (cache.update, Zone(1)),
+                             (cache.add_one, User(1)), (cache.update, Event(1)), (cache.add, [User(1), Domain(1)])]:
             self.assertRaises(TypeError, call, *given)
         self.assertRaises(OverflowError, cache.get, User, 1 << 32 | 1)
         self.assertRaises(RuntimeError, cache.launch)
