@@ -67,8 +67,8 @@ bool SQLiteDatabase::restoreDatabase(const QString &path)
     }
     if (!Database::createTables(m_writer))
         return false;
-    abandon.dismiss();
     openReaders();
+    abandon.dismiss();
     return true;
 }
 
@@ -157,6 +157,7 @@ bool SQLiteDatabase::recreateDatabase(const QString &path)
 
 void SQLiteDatabase::closeDatabase()
 {
+    m_readers.clear();
     m_writer.detach();
     m_database.close();
 }

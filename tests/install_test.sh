@@ -27,9 +27,12 @@ g++ -std=c++17 $flags "$work/client/cxxclient.cpp" -o "$work/build/pkgcxxclient"
 g++ -std=c++17 $flags "$work/client/wrapper.cpp" -o "$work/build/wrapper" $tarnel
 
 export LD_LIBRARY_PATH="$prefix/$libdir"
-header=$prefix/include/tarnel/tarnel.h
 export LSAN_OPTIONS="suppressions=$source/tests/lsan.supp:print_suppressions=0"
-python="python3 $work/client/client.py libTarnelLib.so.0 $header"
+PYTHONPATH=$(find "$prefix" -name dist-packages)
+export PYTHONPATH
+# It needs no headers.
+rm -r "$prefix/include"
+python="python3 -B $work/client/client.py"
 mkdir "$work/run"
 cd "$work/run"
 for client in "$work/build/cclient" "$work/build/cxxclient" "$work/build/pkgcclient" "$work/build/pkgcxxclient" \

@@ -1,9 +1,8 @@
 """Random programs of calls to the library, each call compared with a small model of what the library promises.
 
-model_test.py LIBRARY HEADER; TARNEL_MODEL_PROGRAMS and TARNEL_MODEL_SEED may set how many, and the seed of the first.
+model_test.py LIBRARY; TARNEL_MODEL_PROGRAMS and TARNEL_MODEL_SEED may set how many, and the seed of the first.
 """
 
-import ctypes
 import json
 import os
 import random
@@ -13,9 +12,14 @@ import sys
 import tempfile
 from collections import defaultdict
 from contextlib import closing
+from dataclasses import asdict
 from typing import Any, NamedTuple
 
-from tarnel import Library, Member
+from tarnel import Cache, Record
+from tarnel._record import Member, members
+from tarnel.records import FUNCTIONS, LAYOUT_WEIGHTS
+
+MEMBERS = {kind.__name__: members(kind) for kind in LAYOUT_WEIGHTS}
 
 PARENTS = {"Section": ["device"], "DeviceUser": ["device"], "Zone": ["device", "section"]}
 ALTERNATIVE_ID = {"Section": "section", "Zone": "zone"}
@@ -38,26 +42,42 @@ class Function(NamedTuple):
 Call = tuple[Function, list]  # With its texts and numbers.
 
 
-def functions(library: Library) -> list[Function]:
+def numbers(function: Function) -> list[str]:
+    return FUNCTIONS[function.name].numbers if function.name in FUNCTIONS else []
+
+
+def name_of(member: Member) -> str:
+    """The name of the kind of the records that a member holds; that of no kind if it holds none."""
+    return getattr(member.kind, "__name__", member.kind)
+
+
+def plain(content: Any) -> Any:
+    """What a call hands out, with dictionaries for the records."""
+    if isinstance(content, list):
+        return [plain(item) for item in content]
+    return asdict(content) if isinstance(content, Record) else content
+
+
+def functions() -> list[Function]:
     """All functions that have to do with what is stored."""
     result = [Function(name, name, "Event", []) for name in BESIDE_CALLS]
-    for name, roles in library.roles.items():
+    for name, (_, _, roles, _) in FUNCTIONS.items():
         alike = re.fullmatch(r"(add|get|update|delete)(\w+?)(s?)(?:Fw|ForSection)?(WithParams)?", name)
-        if alike and alike[2] in library.members and name != "getEvents":
+        if alike and alike[2] in MEMBERS and name != "getEvents":
             result.append(Function(name, "filter" if alike[4] else alike[1] + alike[3], alike[2], roles))
-        elif not re.match("free|launch|exit|getState|getLaunch", name):
+        elif not re.match("free|launch|exit|getState|getLaunch|tarnel", name):
             result.append(Function(name, name, "Site" if "Site" in name else "Event", roles))
     return result
 
 
-def relaunch(library: Library) -> tuple[int, list]:
+def relaunch(cache: Cache) -> tuple[int, list]:
     """Exits the cache, and launches it anew on its file."""
-    library.exit()
-    library.launch()
-    return library.getLaunchCacheResult(), []
+    cache.exit()
+    cache.launch()
+    return cache.launch_result, []
 
 
-def change_plans(_: Library, analyze: str = "ANALYZE") -> tuple[int, list]:
+def change_plans(_: Cache, analyze: str = "ANALYZE") -> tuple[int, list]:
     """Leaves other statistics in the file, as any tool may: SQLite then reads tables in another way and order."""
     with closing(sqlite3.connect("CacheDb")) as connection:
         connection.executescript(f"DROP TABLE IF EXISTS sqlite_stat1; {analyze}")
@@ -93,17 +113,16 @@ def whole(value: Any) -> int:
 
 
 # How the values of requests are stored; of both booleans the integer reading makes 0.
-READERS = {ctypes.c_ushort: lambda value: typed(str, value), ctypes.c_int: whole,
-           ctypes.c_bool: lambda value: not isinstance(value, bool) and whole(value) != 0,
-           ctypes.c_ubyte: lambda value: whole(value) & 0xFF, ctypes.c_double: lambda value: typed(float, value),
-           ctypes.c_ulonglong: lambda value: int(typed(float, value))}
+READERS = {"text": lambda value: typed(str, value), "i": whole,
+           "?": lambda value: not isinstance(value, bool) and whole(value) != 0,
+           "B": lambda value: whole(value) & 0xFF, "d": lambda value: typed(float, value),
+           "Q": lambda value: int(typed(float, value))}
 
 
 class Model:
     """The promise in memory: rows in dictionaries by their keys in requests, joins by looking them up."""
 
-    def __init__(self, members: dict[str, list[Member]]):
-        self.members = members
+    def __init__(self) -> None:
         self.tables: dict[str, dict[tuple, dict]] = defaultdict(dict)
         self.server = ""
 
@@ -123,9 +142,9 @@ class Model:
             case "gets", *_:
                 return self.hand_out(kind, rows)
             case "filter", key, text, *_:
-                members = [member for member in self.members[kind] if key == member.key != "" and not member.is_list]
+                members = [member for member in MEMBERS[kind] if key == member.key != "" and member.form != "list"]
                 member = members[0] if members and key not in ("location", "cluster_id") else refuse(10)
-                is_number = member.type is not ctypes.c_ushort and re.fullmatch(r"-?\d[\d.e+]*", text)
+                is_number = member.kind != "text" and re.fullmatch(r"-?\d[\d.e+]*", text)
                 name, value = "id" if member.name == "id" else key, float(text) if is_number else text
                 return self.hand_out(kind, [row for row in rows if row.get(name) == value])
             case "getSiteNameAndAddress", number:
@@ -150,16 +169,16 @@ class Model:
     def parsed(self, kind: str, content: dict) -> dict:
         """A record of a request as it is stored. A location is given its identifier by its site."""
         record: dict[str, Any] = {}
-        if key := self.members[kind][0].key:
+        if key := MEMBERS[kind][0].key:
             record["id"] = unsigned(content.get(key if key in content else ALTERNATIVE_ID.get(kind)))
-        for member in self.members[kind][1:]:
+        for member in MEMBERS[kind][1:]:
             if member.key in content:
-                items = typed(list, content[member.key]) if member.is_list else [content[member.key]]
-                if member.key in OBJECTS or member.is_list and member.type is not ctypes.c_uint:
-                    items = [self.parsed(member.type.__name__, typed(dict, item)) for item in items]
+                items = typed(list, content[member.key]) if member.form == "list" else [content[member.key]]
+                if member.key in OBJECTS or member.form == "list" and member.kind != "I":
+                    items = [self.parsed(name_of(member), typed(dict, item)) for item in items]
                 else:
-                    items = [READERS.get(member.type, unsigned)(item) for item in items]
-                record[member.key] = items if member.is_list else items[0]
+                    items = [READERS.get(member.kind, unsigned)(item) for item in items]
+                record[member.key] = items if member.form == "list" else items[0]
         return record
 
     def rows(self, table: str, **match: Any) -> list[dict]:
@@ -192,12 +211,12 @@ class Model:
             row["contact"] = record["contact"]["id"]
         if "location" in record:
             self.store("Location", {**record["location"], "id": record["id"]})
-        for member in self.members[kind]:
-            for item in record.get(member.key, []) if member.is_list and is_whole else []:
+        for member in MEMBERS[kind]:
+            for item in record.get(member.key, []) if member.form == "list" and is_whole else []:
                 if kind == "DeviceUser":
                     self.tables["Link"][*key, item] = {"device": key[0], "user": key[1], "section": item}
                 else:
-                    self.store(member.type.__name__, item, **self.as_parent(kind, row))
+                    self.store(name_of(member), item, **self.as_parent(kind, row))
 
     @staticmethod
     def as_parent(kind: str, row: dict) -> dict[str, int]:
@@ -210,15 +229,15 @@ class Model:
         is_joined = is_joined or kind in ("Organization", "Contract", "Device", "Site")
         parent = self.as_parent(kind, row)
         record = {}
-        for member in self.members[kind]:
-            other = member.type.__name__
+        for member in MEMBERS[kind]:
+            other = name_of(member)
             value = row.get("id" if member.name == "id" else member.key)
-            if kind == "DeviceUser" and member.is_list:
+            if kind == "DeviceUser" and member.form == "list":
                 links = self.rows("Link", device=row["device"], user=row["id"])
-                value = [link["section"] for link in links] or None
-            elif member.is_list:
-                value = [self.view(other, part) for part in self.rows(other, **parent) if parent] or None
-            elif other in self.members:
+                value = [link["section"] for link in links]
+            elif member.form == "list":
+                value = [self.view(other, part) for part in self.rows(other, **parent) if parent]
+            elif other in MEMBERS:
                 value = self.nested(other, row.get(NAMED_BY.get(member.name, member.key)), is_joined, kind == "Site")
             elif kind == "Event" and not member.key:
                 value = self.lent(row, member.name)
@@ -238,10 +257,10 @@ class Model:
         """What an event is given by its device, section, zone and operator."""
         device, section = event.get("device"), event.get("section")
         domain = self.row("User", id=event.get("operator_id")).get("domain")
-        return {"deviceAccount": self.row("Device", id=device).get("account"),
-                "sectionName": self.row("Section", device=device, id=section).get("name"),
-                "zoneName": self.row("Zone", device=device, section=section, id=event.get("zone")).get("name"),
-                "domainName": self.row("Domain", id=domain).get("name")}[name]
+        return {"device_account": self.row("Device", id=device).get("account"),
+                "section_name": self.row("Section", device=device, id=section).get("name"),
+                "zone_name": self.row("Zone", device=device, section=section, id=event.get("zone")).get("name"),
+                "domain_name": self.row("Domain", id=domain).get("name")}[name]
 
     def hand_out(self, kind: str, rows: list[dict]) -> list:
         """Rows in one list; of events only those whose device is in the cache."""
@@ -303,38 +322,38 @@ class Generator:
     WEIGHTS = {"add": 8, "adds": 8, "update": 5, "delete": 5, "clearAll": 1, "clearAllExceptEvents": 1, "relaunch": 1,
                "analyze": 1}
 
-    def __init__(self, seed: int, library: Library):
+    def __init__(self, seed: int):
         source = random.Random(seed)
         self.pick, self.below, self.choices = source.choice, source.randrange, source.choices
-        self.members, self.functions = library.members, functions(library)
+        self.functions = functions()
 
     def one_in(self, count: int) -> bool:
         return self.below(count) == 0
 
-    def number(self, kind: Any = ctypes.c_uint, oddity: int = 30) -> int | float:
+    def number(self, kind: Any = "I", oddity: int = 30) -> int | float:
         """Most often 0 to 2, the less the likelier. Identifiers are odd more rarely than other numbers."""
-        if kind is ctypes.c_double:
+        if kind == "d":
             return self.pick(self.REALS)
         number = self.pick(self.BOUNDS) if self.one_in(oddity) else min(self.below(3), self.below(3))
-        return 1 << 53 if kind is ctypes.c_ulonglong and number < 0 else number
+        return 1 << 53 if kind == "Q" and number < 0 else number
 
     def value(self, member: Member) -> Any:
         """A value of a field, or one of the items of a list."""
-        if member.type is ctypes.c_ushort:
+        if member.kind == "text":
             return self.pick(self.TEXTS)
-        if member.type is ctypes.c_bool and self.one_in(4):
+        if member.kind == "?" and self.one_in(4):
             return self.one_in(2)
-        is_object = member.type.__name__ in self.members and (member.is_list or member.key in OBJECTS)
-        return self.record(member.type.__name__) if is_object else self.number(member.type, 8)
+        is_object = name_of(member) in MEMBERS and (member.form == "list" or member.key in OBJECTS)
+        return self.record(name_of(member)) if is_object else self.number(member.kind, 8)
 
     def record(self, kind: str) -> dict:
         """A record with its identifier and about half of its fields."""
-        key = self.members[kind][0].key or "id"
+        key = MEMBERS[kind][0].key or "id"
         record = {ALTERNATIVE_ID.get(kind, key) if self.one_in(8) else key: self.number()}
-        for member in self.members[kind][1:]:
+        for member in MEMBERS[kind][1:]:
             if member.key and self.one_in(2):
                 items = [self.value(member) for _ in range(self.below(4))]
-                record[member.key] = items if member.is_list else self.value(member)
+                record[member.key] = items if member.form == "list" else self.value(member)
         return record
 
     def damaged(self, value: Any) -> Any:
@@ -363,14 +382,14 @@ class Generator:
     def call(self, function: Function) -> Call:
         texts = []
         if function.family == "filter":
-            member = self.pick(self.members[function.kind])
+            member = self.pick(MEMBERS[function.kind])
             key = self.pick(self.UNKNOWN_KEYS) if self.one_in(10) else member.key
-            is_text = (member.type is ctypes.c_ushort) != self.one_in(4)
-            texts = [key, self.pick(self.TEXTS) if is_text else json.dumps(self.number(ctypes.c_int, 8))]
+            is_text = (member.kind == "text") != self.one_in(4)
+            texts = [key, self.pick(self.TEXTS) if is_text else json.dumps(self.number("i", 8))]
         elif "text" in function.roles:
             texts = [self.pick(self.TEXTS) if function.name == "setServerIp" else self.request(function)]
-        numbers = [0xFFFFFFFF if self.one_in(20) else self.below(3) for role in function.roles if role == "number"]
-        return function, texts + numbers
+        identifiers = [0xFFFFFFFF if self.one_in(20) else self.below(3) for _ in numbers(function)]
+        return function, texts + identifiers
 
     def program(self) -> list[Call]:
         """Most programs dwell on some kinds of record, which thus fill up; the others see all of them together."""
@@ -384,24 +403,25 @@ class Generator:
             for number in range(3):
                 if function.name == "removeAffectFlag":
                     calls.append((function, [json.dumps({"D": {"id": number}})]))
-                elif function.family == "gets" and function.roles.count("number") < 2:
-                    calls.append((function, [number] * function.roles.count("number")))
+                elif function.family == "gets" and len(numbers(function)) < 2:
+                    calls.append((function, [number] * len(numbers(function))))
         return calls
 
 
-def difference(library: Library, program: list[Call]) -> tuple | None:
+def difference(cache: Cache, program: list[Call]) -> tuple | None:
     """What the model and the library do where they differ first, on a cache without records."""
-    library.call("clearAll")
-    library.call("setServerIp", "")
-    change_plans(library, analyze="")
-    model = Model(library.members)
+    cache.library.call("clearAll")
+    cache.library.call("setServerIp", "")
+    change_plans(cache, analyze="")
+    model = Model()
     for function, arguments in program:
         try:
             expected = 0, model.carry_out(function.family, function.kind, *arguments)
         except Refusal as refusal:
             expected = refusal.args[0], []
         beside = BESIDE_CALLS.get(function.name)
-        code, contents = beside(library) if beside else library.call(function.name, *arguments)
+        code, contents = beside(cache) if beside else cache.library.call(function.name, *arguments)
+        contents = plain(contents)
         if code == 0 and "count" in function.roles and function.name != "addEvents":
             contents[0].sort(key=lambda record: record["id"])  # They come in no particular order.
         if (code, contents) != expected:
@@ -409,22 +429,22 @@ def difference(library: Library, program: list[Call]) -> tuple | None:
     return None
 
 
-library = Library(*map(os.path.abspath, sys.argv[1:]))
+cache = Cache(library=os.path.abspath(sys.argv[1]))
 # In memory where that can be had: nothing here is about a disk.
 with tempfile.TemporaryDirectory(dir="/dev/shm" if os.path.isdir("/dev/shm") else None) as directory:
     os.chdir(directory)
-    library.launch()
+    cache.launch()
     first = int(os.environ.get("TARNEL_MODEL_SEED", 1))
     for seed in range(first, first + int(os.environ.get("TARNEL_MODEL_PROGRAMS", 300))):
         print(f"seed {seed}", end="\r", flush=True)  # Thus known even after a crash.
-        program = Generator(seed, library).program()
-        if found := difference(library, program):
+        program = Generator(seed).program()
+        if found := difference(cache, program):
             for position in reversed(range(len(program))):  # Drops each call without which it still fails.
                 shorter = program[:position] + program[position + 1:]
-                if again := difference(library, shorter):
+                if again := difference(cache, shorter):
                     program, found = shorter, again
             calls = [f"  {function.name}({', '.join(map(str, arguments))})" for function, arguments in program]
             print(f"seed {seed}", *calls, f"expected {found[0]}", f"     got {found[1]}", sep="\n")
             break
-    library.exit()
+    cache.exit()
 sys.exit(found is not None)

@@ -1,47 +1,32 @@
-"""A client in Python: adds, reads, filters, updates and deletes records of three kinds.
-
-    python3 client.py libTarnelLib.so.0 /usr/include/tarnel/tarnel.h
+"""A client in Python: adds, reads, filters, changes and deletes users, and lists a history.
 
 It leaves the file "CacheDb" in the current directory, and needs one that has none yet.
 """
 
-import sys
+from tarnel import Cache, Device, Domain, Event, Locale, NotFound, Result, User
 
-from tarnel import Library
+with Cache() as cache:
+    if cache.launch_result == Result.DATABASE_CREATED:
+        print("A new file: everything is to be asked of the server.")
 
+    cache.add([Locale(1, iso="de")])
+    cache.add([Domain(3, "Süd", locale=Locale(1))])
+    # As a server sends it, and as Python has it.
+    cache.add([User.from_dict({"id": 7, "name": "Ada", "active": 1, "domain": 3}), User(8, "Grüße 🔑")])
 
-def expect(actual, expected):
-    if actual != expected:
-        sys.exit(f"{actual!r} instead of {expected!r}")
+    ada = cache.get(User, 7)
+    assert ada.is_active and ada.domain and ada.domain.name == "Süd"
+    ada.phone = 4711
+    print(cache.update(ada))
+    assert cache.find(User, name="Grüße 🔑") == [cache.get(User, 8)]
 
+    cache.delete(User, 8)
+    try:
+        cache.get(User, 8)
+    except NotFound as error:
+        print(error.name, error.reason, error.advice, sep="\n")
 
-def exercise(kind, key, value, delete_key):
-    """Everything that the library does with one kind of record."""
-    name = "Grüße 🔑"
-    expect(tarnel.call(f"add{kind}s", f'{{"D":{{"items":[{{"id":1,"{key}":"{name}"}},{{"id":2}}]}}}}'), (0, []))
-
-    code, [record] = tarnel.call(f"get{kind}", 1)
-    expect((code, record["id"], record[key]), (0, 1, name))
-    print(kind, record)
-
-    for family, filters, expected in ((f"get{kind}s", (), [1, 2]), (f"get{kind}sWithParams", (key, name), [1])):
-        code, [records] = tarnel.call(family, *filters)
-        expect((code, sorted(record["id"] for record in records)), (0, expected))
-
-    if delete_key is not None:
-        code, [record] = tarnel.call(f"update{kind}", f'{{"D":{{"id":1,"{key}":"{value}"}}}}')
-        expect((code, record[key]), (0, value))
-        expect(tarnel.call(f"delete{kind}", f'{{"D":{{"{delete_key}":1}}}}'), (0, []))
-        expect(tarnel.call(f"get{kind}", 1), (8, []))
-
-
-tarnel = Library(sys.argv[1], sys.argv[2])
-tarnel.launch()
-try:
-    expect(tarnel.getLaunchCacheResult(), 100)
-    exercise("Locale", "iso", "en", None)
-    exercise("Domain", "name", "Süd", "domain_id")
-    exercise("User", "name", "Ada", "op_id")
-finally:
-    tarnel.exit()
-expect(tarnel.getState(), 0)
+    cache.add_one(Device(1, account=100))
+    stored = cache.add_in_slices((Event(number, time=number, device_id=1) for number in range(20000)), progress=True)
+    accounts = {event.device_account for event in cache.iterate(Event, 5000, 15000)}
+    print(f"{stored} events, of the accounts {accounts}")
