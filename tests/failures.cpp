@@ -3,41 +3,26 @@
 #include <QString>
 
 #include <algorithm>
+#include <map>
 #include <mutex>
 #include <regex>
 #include <sstream>
 
 namespace client {
 
-namespace {
-
-std::mutex linesMutex;
-Lines debugLines;
-Lines requestLines;
-
-void keep(QtMsgType type, const QMessageLogContext &context, const QString &line)
+Lines takeLog(Log log)
 {
-    std::this_thread::yield(); // Lets other threads' lines come between one thread's, if they can.
-    const std::lock_guard lock(linesMutex);
-    if (type == QtDebugMsg)
-        debugLines.push_back(line.toStdString());
-    else if (context.category == std::string_view("tarnel.requests"))
-        requestLines.push_back(line.toStdString());
-}
-
-} // namespace
-
-Lines takeLog()
-{
-    const std::lock_guard lock(linesMutex);
-    qInstallMessageHandler(keep);
-    return std::exchange(debugLines, {});
-}
-
-Lines takeRequestLog()
-{
-    const std::lock_guard lock(linesMutex);
-    return std::exchange(requestLines, {});
+    static std::mutex mutex;
+    static std::map<Log, Lines> lines;
+    const std::lock_guard lock(mutex);
+    qInstallMessageHandler([](QtMsgType type, const QMessageLogContext &context, const QString &line) {
+        std::this_thread::yield(); // Lets other threads' lines come between one thread's, if they can.
+        const std::lock_guard linesLock(mutex);
+        const bool isOfRequests = context.category == std::string_view("tarnel.requests");
+        if (type == QtDebugMsg || isOfRequests)
+            lines[isOfRequests ? Log::Requests : Log::Debug].push_back(line.toStdString());
+    });
+    return std::exchange(lines[log], {});
 }
 
 std::vector<Step> stepsIn(const Case &lines)

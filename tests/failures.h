@@ -7,10 +7,9 @@ namespace client {
 
 using Lines = std::vector<std::string>;
 
-/// Qt's debug log since it was last looked at.
-Lines takeLog();
-/// What the log category of requests has said; kept from the first `takeLog` on.
-Lines takeRequestLog();
+/// Qt's debug log, or what the library warns of in requests, since it was last looked at.
+enum class Log { Debug, Requests };
+Lines takeLog(Log log = Log::Debug);
 
 /// A step of a function, as `failures.txt` has it.
 struct Step {

@@ -118,7 +118,7 @@ TEST_P(Reasons, areTold)
         if (!answer.empty() && answer != "0" && text != "suspicions")
             answer += std::string(" ") + tarnelReason();
         EXPECT_EQ(text + " => " + answer, line);
-        warnings = takeRequestLog();
+        warnings = takeLog(Log::Requests);
     }
     EXPECT_EQ(warnings, Lines());
 }
