@@ -5,7 +5,7 @@
 
 #include "cache.h"
 #include "contract.h"
-#include "generator.h"
+#include "makecall.h"
 
 #include <tarnel/tarnel.h>
 
@@ -14,55 +14,36 @@ extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t *data, std::size_t size, st
 namespace {
 
 using fuzz::Generator;
-using fuzz::Reading;
 
 constexpr std::array<std::string_view, 3> commands = {"exit", "launch", "check"};
 
-/// The reading of requests that is closest to what a function takes: of its kind, and of its verb if there is one.
-const Reading &readingOf(std::string_view function)
+const fuzz::Function &pickFunction(Generator &generator)
 {
-    static const std::vector<Reading> all = oracle::readings();
-    const std::string_view verb = function.starts_with("delete")   ? "delete"
-                                  : function.starts_with("remove") ? "remove"
-                                  : function.ends_with('s')        ? "add"
-                                                                   : "update";
-    const Reading *best = &all.front();
-    std::size_t bestRank = 0;
-    for (const Reading &reading : all) {
-        const std::size_t space = reading.name.find(' ');
-        const std::string kind = reading.name.substr(space + 1, reading.name.size() - space - 2);
-        const bool isVerb = reading.name.starts_with(verb);
-        const bool isKind = function.find(kind) != std::string_view::npos;
-        const std::size_t rank = (isKind ? 2 * kind.size() : 0) + (isVerb ? 1 : 0);
-        if (rank > bestRank) {
-            bestRank = rank;
-            best = &reading;
-        }
-    }
-    return *best;
+    const std::vector<fuzz::Function> &all = fuzz::functions();
+    std::size_t picked = generator.below(all.size());
+    while (all[picked].texts != 1 && !generator.oneIn(3)) // What requests store, they have read back.
+        picked = generator.below(all.size());
+    return all[picked];
 }
 
-std::string makeLine(Generator &generator)
+std::string makeLine(const fuzz::Function &function, Generator &generator)
 {
     if (generator.oneIn(60))
         return std::string(commands.at(generator.below(commands.size())));
-    const auto pick = [&] { return fuzz::functions()[generator.below(fuzz::functions().size())]; };
-    fuzz::Function function = pick();
-    while (function.texts != 1 && !generator.oneIn(4)) // What others read is read back by itself.
-        function = pick();
     std::string line;
     if (function.parameters > 0 && generator.oneIn(30))
         line = (generator.oneIn(2) ? "-" : "+") + std::to_string(generator.below(function.parameters));
-    line += function.name;
-    if (function.name == "setServerIp")
-        line += "\t" + generator.filterValue();
-    else if (function.texts == 1)
-        line += "\t" + generator.request(readingOf(function.name));
-    else if (function.texts == 2)
-        line += "\t" + generator.filterField(*readingOf(function.name).shape) + "\t" + generator.filterValue();
-    for (std::size_t i = 0; i < function.numbers; ++i)
-        line += "\t" + generator.identifier();
-    return line;
+    return line + fuzz::makeCall(function, generator);
+}
+
+/// A program of few functions, so that they meet each other's records.
+std::vector<std::string> makeProgram(Generator &generator)
+{
+    std::vector<const fuzz::Function *> functions(1 + generator.below(5));
+    std::ranges::generate(functions, [&] { return &pickFunction(generator); });
+    std::vector<std::string> lines(1 + generator.below(12));
+    std::ranges::generate(lines, [&] { return makeLine(*functions[generator.below(functions.size())], generator); });
+    return lines;
 }
 
 std::vector<std::string> linesOf(std::string_view text)
@@ -96,13 +77,13 @@ void change(std::vector<std::string> &lines, Generator &generator)
     const auto position = lines.begin() + static_cast<std::ptrdiff_t>(place);
     const std::size_t kind = generator.below(8);
     if (kind == 0 || place == lines.size())
-        lines.insert(position, makeLine(generator));
+        lines.insert(position, makeLine(pickFunction(generator), generator));
     else if (kind == 1)
         lines.erase(position);
     else if (kind == 2)
         lines.insert(position, std::string(lines[generator.below(lines.size())]));
     else if (kind == 3 || position->find('\t') == std::string::npos)
-        *position = makeLine(generator);
+        *position = makeLine(pickFunction(generator), generator);
     else
         changeInputs(*position, generator);
 }
@@ -129,9 +110,13 @@ extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t *data, std::size_t s
 {
     Generator generator(seed);
     std::vector<std::string> lines = linesOf({reinterpret_cast<const char *>(data), size});
-    do
-        change(lines, generator);
-    while (generator.oneIn(2));
+    if (lines.empty() || generator.oneIn(4)) {
+        lines = makeProgram(generator);
+    } else {
+        do
+            change(lines, generator);
+        while (generator.oneIn(2));
+    }
     std::string text;
     for (const std::string &line : lines)
         text += line + '\n';

@@ -5,6 +5,7 @@
 
 #include "cache.h"
 #include "contract.h"
+#include "makecall.h"
 
 #include <tarnel/tarnel.h>
 
@@ -46,11 +47,16 @@ void callWith(const fuzz::Function &function, char id, fuzz::Found found)
     callChecked(function, fuzz::Call(line), found);
 }
 
-void addOneOfEverything(char id)
+/// Adds a record of every kind with all its references, and some with values of all sorts.
+void addOfEverything(char id)
 {
+    fuzz::Generator generator(static_cast<unsigned int>(id));
     for (const fuzz::Function &function : fuzz::functions()) {
-        if (function.name.starts_with("add"))
-            callWith(function, id, fuzz::Found::SoundFile);
+        if (!function.name.starts_with("add"))
+            continue;
+        for (int i = 0; i < 10; ++i)
+            callChecked(function, fuzz::Call(makeCall(function, generator)), fuzz::Found::SoundFile);
+        callWith(function, id, fuzz::Found::SoundFile);
     }
 }
 
@@ -59,11 +65,11 @@ std::array<Files, 2> makeFiles(fuzz::Cache &cache)
 {
     cache.launch();
     for (const char id : {'1', '2', '3'})
-        addOneOfEverything(id);
+        addOfEverything(id);
     cache.exit();
     Files exited{readFile("CacheDb"), {}};
     cache.launch();
-    addOneOfEverything('4');
+    addOfEverything('4');
     Files killed{readFile("CacheDb"), readFile("CacheDb-wal")};
     cache.exit();
     return {exited, killed};
@@ -91,7 +97,7 @@ void spoil(std::string &file, std::span<const std::uint8_t, changeSize> change)
     const std::size_t page = pageNumber % pages * pageSize;
     const std::size_t offset = static_cast<std::size_t>(high) << 8 | low;
     const std::size_t tree = page == 0 ? 100 : page; // The first page has the file's header in front.
-    switch (kind % 7) {
+    switch (kind % 8) {
     case 0:
         fill(file, page + offset % pageSize, 1 + length % 16, value);
         break;
@@ -114,6 +120,12 @@ void spoil(std::string &file, std::span<const std::uint8_t, changeSize> change)
     case 5:
         fill(file, page, pageSize, value);
         break;
+    case 6: {
+        const std::size_t place = offset % (3 * pageSize); // There the schema's text is: a name with a letter changed.
+        if (place < file.size())
+            file[place] = static_cast<char>(file[place] ^ (1 + value % 7));
+        break;
+    }
     default:
         file.resize(std::min(page + offset % pageSize, file.size()));
         break;

@@ -48,17 +48,21 @@ class Generator
 public:
     explicit Generator(unsigned int seed) : m_random(seed) {}
 
-    std::string request(const Reading &reading)
+    /// Whether what is written may depart from what the library accepts.
+    enum class Manner { Right, Odd };
+
+    std::string request(const Reading &reading, Manner manner)
     {
+        m_isOdd = manner == Manner::Odd;
         m_text = reading.before;
         m_sparsity = 1 + below(8);
         object(*reading.shape, 3);
-        if (oneIn(8)) {
+        while (oneIn(4) && (m_isOdd || reading.after.starts_with(']'))) {
             m_text.push_back(',');
             object(*reading.shape, 3);
         }
         m_text.append(reading.after);
-        for (std::size_t damages = oneIn(3) ? 0 : below(4); damages > 0; --damages)
+        for (std::size_t damages = m_isOdd ? below(4) : 0; damages > 0; --damages)
             damage(m_text);
         return m_text;
     }
@@ -75,6 +79,7 @@ public:
     /// A number or a text, not in quotes.
     std::string filterValue()
     {
+        m_isOdd = true;
         m_text.clear();
         if (oneIn(2))
             number();
@@ -84,7 +89,7 @@ public:
     }
 
     /// An identifier, of so few that records often meet; or any number.
-    std::string identifier() { return std::to_string(oneIn(8) ? m_random() : below(4)); }
+    std::string identifier() { return std::to_string(oneIn(8) ? m_random() : below(2)); }
 
     /// Changes a text in one place, at `begin` or behind.
     void damage(std::string &text, std::size_t begin = 0)
@@ -121,7 +126,7 @@ private:
         m_text.push_back('{');
         for (std::size_t i = 0; i < shape.members.size(); ++i) {
             const Shape::Member &own = shape.members[i];
-            if (own.isRequired ? !oneIn(40) : oneIn(m_sparsity))
+            if (own.isRequired ? !m_isOdd || !oneIn(40) : oneIn(m_sparsity))
                 member(own, depth);
             if (oneIn(12))
                 member(shape.members[below(shape.members.size())], depth); // Perhaps again, or out of turn.
@@ -142,7 +147,7 @@ private:
             m_text.append(member.key);
         }
         m_text.append("\":");
-        const Shape::Type type = oneIn(20) ? static_cast<Shape::Type>(below(6)) : member.type;
+        const Shape::Type type = m_isOdd && oneIn(20) ? static_cast<Shape::Type>(below(6)) : member.type;
         const bool hasObject = member.object != nullptr && depth > 0;
         if (type == Shape::Type::Object && hasObject) {
             object(*member.object, depth - 1);
@@ -174,8 +179,12 @@ private:
 
     void number()
     {
-        if (oneIn(2)) {
+        if (!oneIn(4)) {
             m_text.append(oneIn(4) ? std::to_string(below(1000)) : identifier());
+            return;
+        }
+        if (!m_isOdd) {
+            m_text.append(std::to_string(std::uint64_t{3} * m_random())); // Some are beyond 32 bits.
             return;
         }
         m_text.append(oneIn(3) ? "-" : "");
@@ -205,11 +214,11 @@ private:
     {
         for (std::size_t count = below(6); count > 0; --count) {
             const std::size_t choice = below(6);
-            if (choice == 0)
+            if (choice < 2)
                 m_text.push_back(static_cast<char>(0x80 + below(specialUnits.size())));
-            else if (choice == 1)
-                m_text.append("\\").push_back("bfnrt\"\\/x0u"[below(11)]);
             else if (choice == 2)
+                m_text.append("\\").push_back("bfnrt\"\\/x0u"[below(m_isOdd ? 11 : 8)]);
+            else if (choice == 3 && m_isOdd)
                 m_text.append("\\u").append(oneIn(2) ? "d8" : "0").append("34").append(oneIn(2) ? "" : "1");
             else
                 m_text.push_back(static_cast<char>('a' + below(26)));
@@ -218,6 +227,7 @@ private:
 
     std::minstd_rand m_random;
     std::string m_text;
+    bool m_isOdd = true;
     std::size_t m_sparsity = 1; ///< Of how many fields that may be left out one is there.
 };
 

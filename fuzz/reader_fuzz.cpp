@@ -27,7 +27,8 @@ extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t *data, std::size_t s
     std::string input(data, data + size);
     if (generator.oneIn(4) || size < 2) {
         const std::size_t chosen = generator.below(readings().size());
-        input = static_cast<char>(chosen) + generator.request(readings()[chosen]);
+        using enum fuzz::Generator::Manner;
+        input = static_cast<char>(chosen) + generator.request(readings()[chosen], generator.oneIn(4) ? Right : Odd);
     } else if (generator.oneIn(2)) {
         return LLVMFuzzerMutate(data, size, maximum);
     } else {
