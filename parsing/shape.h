@@ -76,7 +76,8 @@ struct MemberFor<std::vector<Item>> {
 };
 
 template <class Record>
-constexpr auto membersOf = [] {
+constexpr auto membersOf()
+{
     constexpr std::size_t fieldCount = std::tuple_size_v<std::remove_cvref_t<decltype(Schema<Record>::fields)>>;
     std::array<Shape::Member, fieldCount + 1> members{}; // The last one is what stands in for the identifier.
     std::size_t position = 0;
@@ -93,28 +94,31 @@ constexpr auto membersOf = [] {
         ++position;
     });
     return members;
-}();
+}
 
 template <class Record>
 const Shape &shapeOf()
 {
-    static constexpr Shape shape{Schema<Record>::table, membersOf<Record>};
+    static constexpr auto members = membersOf<Record>();
+    static constexpr Shape shape{Schema<Record>::table, members};
     return shape;
 }
 
 /// What a request to delete holds.
 template <class Record>
-constexpr auto deletedMembersOf = [] {
+constexpr auto deletedMembersOf()
+{
     std::array<Shape::Member, parentCount<Record> + 1> members{};
     std::ranges::transform(identifierKeys<Record>(), members.begin(),
                            [](std::string_view key) { return MemberFor<quint32>::at(key, Shape::Role::DeletedId); });
     return members;
-}();
+}
 
 template <class Record>
 const Shape &deletedShapeOf()
 {
-    static constexpr Shape shape{Schema<Record>::table, deletedMembersOf<Record>};
+    static constexpr auto members = deletedMembersOf<Record>();
+    static constexpr Shape shape{Schema<Record>::table, members};
     return shape;
 }
 

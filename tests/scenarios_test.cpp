@@ -101,6 +101,7 @@ TEST_P(Reasons, areTold)
 {
     const TemporaryDirectory directory;
     takeLog();
+    takeLog(Log::Requests);
     const RunningCache cache;
     Lines warnings;
     for (std::string line : GetParam().lines) {
