@@ -76,6 +76,11 @@ UNSANITIZED void *operator new(std::size_t size)
     return block;
 }
 
+UNSANITIZED void *operator new(std::size_t size, const std::nothrow_t &) noexcept
+{
+    return isRefused(__builtin_return_address(0)) ? nullptr : SYSTEM_MALLOC(size);
+}
+
 __attribute__((noinline)) void operator delete(void *block) noexcept
 {
     std::free(block);

@@ -64,7 +64,9 @@ class PackageTest(unittest.TestCase):
         self.assertEqual((len(list(islice(cache.iterate(User), 8))), list(cache.iterate(Site))), (8, []))
 
 
-with tempfile.TemporaryDirectory() as directory, Cache(directory, library=sys.argv[1]) as cache:
+library = os.path.abspath(sys.argv[1])
+os.chdir(tempfile.gettempdir())
+with tempfile.TemporaryDirectory() as directory, Cache(directory, library=library) as cache:
     result = unittest.main(argv=sys.argv[:1], exit=False).result
-    assert os.path.exists(f"{directory}/CacheDb") and not os.path.exists("CacheDb")
+    assert os.listdir(directory)[0].startswith("CacheDb") and os.path.samefile(".", tempfile.gettempdir())
 sys.exit(not result.wasSuccessful())
