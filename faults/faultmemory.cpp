@@ -54,8 +54,8 @@ UNSANITIZED Function *next(const char *name)
 }
 
 } // namespace
-#define SYSTEM_MALLOC next<void *(std::size_t)>("malloc")
-#define SYSTEM_REALLOC next<void *(void *, std::size_t)>("realloc")
+#define SYSTEM_MALLOC (next<void *(std::size_t)>("malloc"))
+#define SYSTEM_REALLOC (next<void *(void *, std::size_t)>("realloc"))
 #endif
 
 extern "C" UNSANITIZED __attribute__((visibility("default"))) void *malloc(std::size_t size) noexcept
