@@ -140,7 +140,7 @@ TEST_F(Wrapper, isStartedStoppedAndMadeAnew)
 TEST_F(Wrapper, endsWithTheApplicationObjectAndTheProcessNotWithItsChild)
 {
     cache.stop();
-    const auto run = [] {
+    [[maybe_unused]] const auto run = [] {
         static Cache lasting;
         lasting.start().value();
         int status = 1;
