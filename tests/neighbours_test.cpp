@@ -13,8 +13,6 @@
 /// Two processes that run the cache in one directory, and a third that copies its file.
 namespace client {
 
-namespace {
-
 using namespace std::chrono_literals;
 
 class Neighbours : public ParentTest
@@ -40,6 +38,8 @@ protected:
         meanwhile();
     }
 };
+
+namespace {
 
 std::string addUsers(int first, int last, unsigned int domain)
 {
