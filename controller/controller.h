@@ -18,7 +18,11 @@ namespace tarnelLib::controller {
 class Controller
 {
 public:
-    explicit Controller(std::function<void()> onLogGrew) : m_database(std::move(onLogGrew)) {}
+    /// `SQLiteDatabase` says when it calls them.
+    Controller(std::function<void()> onLogGrew, std::function<void()> onStateHeld)
+        : m_database(std::move(onLogGrew), std::move(onStateHeld))
+    {
+    }
 
     /// Opens the database, making or repairing it once if it must.
     void connectToDatabase(const QString &path);
@@ -31,6 +35,8 @@ public:
 
     /// Brings what was written into the main file; false if a read in progress keeps it off.
     [[nodiscard]] bool foldLog() { return m_database.write()->foldLog(); }
+    /// Lets other processes empty the log, which frequent reads keep them from.
+    void letGoOfState() noexcept { m_database.letGoOfState(); }
     /// Lets the calls in progress end. Those that wait for a connection, or ask for one from now on, throw.
     void close() noexcept { m_database.close(); }
 

@@ -35,6 +35,9 @@ namespace {
 constexpr int foldDelayMs = 1000;
 constexpr int foldRetryMs = 200;
 
+/// Frequent reads keep other processes from emptying the log no longer than this.
+constexpr int holdStateMs = 100;
+
 /// What the whole library shares. It is never destroyed: a client may return from `main` while the cache runs.
 struct Cache {
     /// Guards everything here and in the launches. It is held for moments only, so that the state can be asked for
@@ -129,8 +132,16 @@ void runLaunch(Launch &launch)
             "launchCache");
     });
 
+    QTimer holdTimer;
+    holdTimer.setSingleShot(true);
+    holdTimer.setInterval(holdStateMs);
+    QObject::connect(&holdTimer, &QTimer::timeout, [] {
+        withController([](Controller &running) { return running.letGoOfState(), Result::Success; }, "launchCache");
+    });
+
     diagnostics::suspicions.forget();
-    auto controller = std::make_unique<Controller>([&] { QMetaObject::invokeMethod(&foldTimer, "start"); });
+    auto controller = std::make_unique<Controller>([&] { QMetaObject::invokeMethod(&foldTimer, "start"); },
+                                                   [&] { QMetaObject::invokeMethod(&holdTimer, "start"); });
     controller->connectToDatabase(QStringLiteral("CacheDb"));
     {
         const std::lock_guard lock(cache().mutex);

@@ -18,6 +18,10 @@ namespace {
 /// four. Each takes two descriptors and less than 0.1 MiB.
 constexpr int readerCount = 4;
 
+/// So many reads of a connection may begin at a state that was held before a write: one after the other, they take
+/// longer until the present state is held.
+constexpr unsigned int readsToAState = 64;
+
 /// The connection behind Qt's; null if it is not one of the SQLite library that this library is linked with, or if the
 /// driver has no memory for the answer.
 sqlite3 *nativeConnection(const QSqlDatabase &database)
@@ -52,6 +56,7 @@ bool isLogWrittenAhead(sqlite3 *connection)
 SQLiteDatabase::~SQLiteDatabase()
 {
     // Before the writer, which takes the log away when it closes last.
+    m_mark.close();
     m_readers.clear();
     if (m_writer.connection() != nullptr)
         file::putLogAway(m_writer.connection());
@@ -157,6 +162,7 @@ bool SQLiteDatabase::recreateDatabase(const QString &path)
 
 void SQLiteDatabase::closeDatabase()
 {
+    m_mark.close();
     m_readers.clear();
     m_writer.detach();
     m_database.close();
@@ -173,8 +179,11 @@ void SQLiteDatabase::abandonDatabase(const QString &path)
 void SQLiteDatabase::openReaders()
 {
     sqlite3 *const connection = m_writer.connection();
+    // First, and without a look at the outcome: a disk that fails here fails the readers as well.
+    if (isLogWrittenAhead(connection))
+        m_mark.open(sqlite3_db_filename(connection, nullptr));
     for (int i = 0; i < readerCount && isLogWrittenAhead(connection); ++i) {
-        auto reader = std::make_unique<Connection>();
+        auto reader = std::make_unique<Reader>();
         const int code = reader->openForReading(sqlite3_db_filename(connection, nullptr));
         const bool isWithoutMeans = code == SQLITE_NOMEM || (code & 0xff) == SQLITE_CANTOPEN;
         m_isContentUnknown = code != SQLITE_OK && !isWithoutMeans;
@@ -202,7 +211,10 @@ Turn<Connection> SQLiteDatabase::read()
     if (m_readers.empty())
         return {m_writerTurns, m_writerTurns.take(), m_writer};
     const std::size_t number = m_readerTurns.take();
-    return {m_readerTurns, number, *m_readers[number]};
+    Reader &reader = *m_readers[number];
+    if (++reader.reads % readsToAState == 0)
+        m_mark.renew();
+    return {m_readerTurns, number, reader};
 }
 
 void SQLiteDatabase::close() noexcept

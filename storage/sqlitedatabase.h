@@ -1,5 +1,6 @@
 #pragma once
 
+#include "storage/readmark.h"
 #include "storage/turns.h"
 #include "storage/writeconnection.h"
 
@@ -16,8 +17,11 @@ class SQLiteDatabase
 {
 public:
     /// `onLogGrew` is called when something was written and is not yet in the main file, and not again until the log is
-    /// folded.
-    explicit SQLiteDatabase(std::function<void()> onLogGrew = [] {}) : m_writer(std::move(onLogGrew)) {}
+    /// folded; `onStateHeld` when `letGoOfState` is to follow soon.
+    SQLiteDatabase(std::function<void()> onLogGrew, std::function<void()> onStateHeld)
+        : m_mark(std::move(onStateHeld)), m_writer(std::move(onLogGrew), m_mark)
+    {
+    }
     SQLiteDatabase(const SQLiteDatabase &) = delete;
     SQLiteDatabase &operator=(const SQLiteDatabase &) = delete;
     ~SQLiteDatabase();
@@ -38,10 +42,16 @@ public:
     [[nodiscard]] Turn<WriteConnection> write();
     /// A turn at a connection for a call that only reads.
     [[nodiscard]] Turn<Connection> read();
+    /// Lets other processes empty the log, which frequent reads keep them from.
+    void letGoOfState() noexcept { m_mark.release(); }
     /// Lets the calls that have a turn end, and throws `Turns::Closed` at all others.
     void close() noexcept;
 
 private:
+    struct Reader : Connection {
+        unsigned int reads = 0;
+    };
+
     bool useConnection();
     /// Opens the connections that read, as far as there are descriptors and memory for them: without them reads wait
     /// for their turn with the writes. A file that they cannot read must not be judged.
@@ -51,9 +61,10 @@ private:
 
     QString m_name;
     QSqlDatabase m_database;
+    ReadMark m_mark;
     WriteConnection m_writer;
     Turns m_writerTurns{1};
-    std::vector<std::unique_ptr<Connection>> m_readers;
+    std::vector<std::unique_ptr<Reader>> m_readers;
     Turns m_readerTurns;
     bool m_isFileNew = false;        ///< This launch has made it.
     bool m_isContentUnknown = false; ///< A failure said nothing about the file, which must not be judged by it.

@@ -64,6 +64,7 @@ bool WriteConnection::foldLog()
 
 int WriteConnection::checkpoint(int mode, int timeoutMs)
 {
+    const ReadMark::Pause pause(m_mark);
     sqlite3_busy_timeout(connection(), timeoutMs);
     const int code = sqlite3_wal_checkpoint_v2(connection(), nullptr, mode, nullptr, nullptr);
     sqlite3_busy_timeout(connection(), busyTimeoutMs);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "storage/connection.h"
+#include "storage/readmark.h"
 
 #include <functional>
 
@@ -13,7 +14,9 @@ class WriteConnection : public Connection
 public:
     /// `onLogGrew` is called when something was written that is not yet in the main file, and not again until
     /// `foldLog`.
-    explicit WriteConnection(std::function<void()> onLogGrew) : m_onLogGrew(std::move(onLogGrew)) {}
+    WriteConnection(std::function<void()> onLogGrew, ReadMark &mark) : m_mark(mark), m_onLogGrew(std::move(onLogGrew))
+    {
+    }
 
     /// Starts with an open connection of SQLite's.
     void attach(sqlite3 *connection);
@@ -58,6 +61,7 @@ private:
     void noteLog();
     int checkpoint(int mode, int timeoutMs);
 
+    ReadMark &m_mark; ///< Would keep the log from being copied.
     std::function<void()> m_onLogGrew;
     int m_logPages = 0; ///< Since the log was last looked at.
     bool m_isLogUnfolded = false;

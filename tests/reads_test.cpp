@@ -157,6 +157,24 @@ TEST_F(Reads, andWritesDoNotKeepTheLogFromBeingFolded)
     }
 }
 
+/// Frequent reads hold a state of the file, which keeps others from emptying the log: a moment longer than they last.
+TEST_F(Reads, thatRestLetOthersEmptyTheLog)
+{
+    const RunningCache cache;
+    addOneOfEverything();
+    EXPECT_TRUE(waitUntil([] { return std::filesystem::file_size("CacheDb-wal") == 0; }));
+    Connection foreign;
+    foreign.ask("PRAGMA busy_timeout=0");
+    const auto isEmptied = [&] { return foreign.ask("PRAGMA wal_checkpoint(TRUNCATE)")[0] == '0'; };
+    EXPECT_TRUE(waitUntil([&] {
+        foreign.ask("UPDATE Domains SET DomainsId=1");
+        for (int read = 0; read < 1000; ++read)
+            EXPECT_EQ(call("getDomain", {1})[0], '0');
+        return !isEmptied();
+    })) << "a state is held";
+    EXPECT_TRUE(waitUntil(isEmptied));
+}
+
 TEST_F(Reads, byAnotherProcessNeitherHoldUpAnExitNorLoseTheirLog)
 {
     std::optional<RunningCache> cache(std::in_place);
