@@ -1,5 +1,7 @@
 #include "bench/table.h"
 
+#include <sqlite3.h>
+
 #include <cstdio>
 #include <cstdlib>
 
@@ -90,9 +92,13 @@ int main(int argc, char **argv)
     try {
         bench::Options options;
         if (!bench::parse(argc, argv, options)) {
-            std::fprintf(stderr, "usage: %s [--quick] [--processor-time] [--starts N] [W1 W2 ...]\n", argv[0]);
+            std::fprintf(stderr,
+                         "usage: %s [--quick] [--processor-time] [--memory-not-counted] [--starts N] [W1 W2 ...]\n",
+                         argv[0]);
             return EXIT_FAILURE;
         }
+        if (!options.isMemoryCounted)
+            sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
         if (options.alone)
             runAlone(options);
         else

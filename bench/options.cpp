@@ -36,6 +36,8 @@ std::vector<std::string> Options::argumentsFor(const Alone &ownProcess, const st
         arguments.emplace_back("--quick");
     if (clock == Clock::Processor)
         arguments.emplace_back("--processor-time");
+    if (!isMemoryCounted)
+        arguments.emplace_back("--memory-not-counted");
     return arguments;
 }
 
@@ -47,6 +49,8 @@ bool parse(int argc, char **argv, Options &options)
             options.divisor = quickDivisor;
         } else if (argument == "--processor-time") {
             options.clock = Clock::Processor;
+        } else if (argument == "--memory-not-counted") {
+            options.isMemoryCounted = false;
         } else if (argument == "--starts" && i + 1 < argc) {
             if (!parseNumber(argv[++i], options.starts) || options.starts == 0)
                 return false;

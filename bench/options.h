@@ -18,6 +18,7 @@ struct Alone {
 struct Options {
     unsigned int divisor = 1; ///< Everything is as many times smaller.
     Clock clock = Clock::Wall;
+    bool isMemoryCounted = true;    ///< By SQLite, under a lock of the whole process.
     unsigned int starts = 0;        ///< How many processes a workload has that is measured in its own.
     std::vector<std::string> names; ///< Empty for all.
     std::optional<Alone> alone;     ///< Told by the program to itself only.
