@@ -1,5 +1,7 @@
 #include "storage/readmark.h"
 
+#include <utility>
+
 namespace tarnelLib::controller {
 
 void ReadMark::open(const char *path)
