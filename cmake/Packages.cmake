@@ -57,7 +57,8 @@ tarnel_package(development NAME libtarnel-dev SECTION libdevel DEPENDS "${librar
     SUMMARY "local cache of a monitoring service (development files)"
     DESCRIPTION "${about}\n.\nThese are the headers for C and C++, what CMake and pkg-config need, and\nexamples.")
 if(pythonPackages)
-    tarnel_package(python NAME python3-tarnel SECTION python DEPENDS "${library} (= ${PROJECT_VERSION}), ${pythonPackages}"
+    tarnel_package(python NAME python3-tarnel SECTION python
+        DEPENDS "${library} (= ${PROJECT_VERSION}), ${pythonPackages}"
         CONTROL ${PROJECT_SOURCE_DIR}/cmake/debian/postinst ${PROJECT_SOURCE_DIR}/cmake/debian/prerm
         SUMMARY "local cache of a monitoring service (Python 3)"
         DESCRIPTION "${about}\n.\nThis is the package for Python 3, with typed records.")

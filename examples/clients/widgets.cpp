@@ -20,6 +20,7 @@
 
 #include <tarnel/tarnel.hpp>
 
+#include <array>
 #include <atomic>
 
 namespace {
@@ -219,6 +220,8 @@ public:
         window.onSettled = [this] { (this->*m_steps[m_next++])(); };
     }
 
+    [[nodiscard]] bool isDone() const { return m_next == m_steps.size(); }
+
 private:
     void findAndRename()
     {
@@ -243,7 +246,7 @@ private:
         m_window.close();
     }
 
-    void print()
+    void print() const
     {
         const QAbstractItemModel &rows = *m_window.view->model();
         QTextStream out(stdout);
@@ -255,7 +258,7 @@ private:
     }
 
     using Step = void (Rehearsal::*)();
-    static constexpr Step m_steps[] = {&Rehearsal::findAndRename, &Rehearsal::restart, &Rehearsal::close};
+    static constexpr std::array<Step, 3> m_steps{&Rehearsal::findAndRename, &Rehearsal::restart, &Rehearsal::close};
     Window &m_window;
     std::size_t m_next = 0;
 };
@@ -264,11 +267,12 @@ private:
 
 int main(int argc, char **argv)
 {
-    QApplication application(argc, argv); // Before the cache's start, and until after its stop.
+    const QApplication application(argc, argv); // Before the cache's start, and until after its stop.
     Window window;
     std::optional<Rehearsal> rehearsal;
-    if (application.arguments().contains("--try"))
+    if (QApplication::arguments().contains("--try"))
         rehearsal.emplace(window);
     window.QWidget::show();
-    return application.exec();
+    const int code = QApplication::exec();
+    return rehearsal && !rehearsal->isDone() ? 1 : code;
 }
