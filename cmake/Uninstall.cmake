@@ -1,4 +1,5 @@
-# Removes the files that `cmake --install` has listed, and the folders that are empty then: cmake -DBUILD=... -P ...
+# Removes the files that `cmake --install` has listed, and the library's own folders if they are empty then:
+# cmake -DBUILD=<build> -P Uninstall.cmake
 file(GLOB manifests ${BUILD}/install_manifest*.txt)
 if(NOT manifests)
     message(FATAL_ERROR "Nothing was installed from ${BUILD}")
@@ -9,9 +10,9 @@ foreach(manifest IN LISTS manifests)
         set(path "$ENV{DESTDIR}${file}")
         message(STATUS "Removing ${path}")
         file(REMOVE "${path}")
-        # A folder of the library's own goes with its last file.
         cmake_path(GET path PARENT_PATH folder)
-        while(folder MATCHES "[Tt]arnel")
+        while(folder MATCHES "/[a-z0-9-]*[Tt]arnel[A-Za-z-]*(/(examples|html))?$")
+            file(REMOVE_RECURSE "${folder}/__pycache__")
             file(GLOB rest LIST_DIRECTORIES true "${folder}/*")
             if(rest OR NOT IS_DIRECTORY "${folder}")
                 break()
