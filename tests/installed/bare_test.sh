@@ -10,9 +10,9 @@ install() {
 }
 
 cd /tmp
-install "$packages"/libtarnel0_*.deb "$packages"/python3-tarnel_*.deb
+install "$packages"/libtarnel[0-9]*.deb "$packages"/python3-tarnel_*.deb
 python3 /usr/share/doc/python3-tarnel/examples/client.py | tail -n 1 | grep -Fx Südtor
 install "$packages"/libtarnel-dev_*.deb cmake g++ ninja-build pkgconf qtbase5-dev
 "$here/clients_test.sh"
-apt-get -qq purge libtarnel0 >/dev/null
+dpkg-query --show --showformat='${Package}\n' '*tarnel*' | xargs apt-get -qq purge >/dev/null
 ! find /usr /etc /var -iname '*tarnel*' | grep .
