@@ -1,6 +1,6 @@
 """Writes what the public headers declare as a module of Python: codes, exceptions, records, functions and the version.
 
-generate.py tarnel.h diagnostics.h OUTPUT
+generate.py tarnel.h diagnostics.h SONAME OUTPUT
 """
 
 import re
@@ -104,7 +104,9 @@ def version(header: str) -> Iterator[str]:
 
 
 main, diagnostics = (Path(path).read_text(encoding="utf-8") for path in sys.argv[1:3])
-lines = [HEAD.rstrip("\n"), *codes(main), *records(main), *functions(main + diagnostics), *version(diagnostics)]
+soname, output = sys.argv[3:]
+lines = [HEAD.rstrip("\n"), *codes(main), *records(main), *functions(main + diagnostics), *version(diagnostics),
+         f'#: The library whose structures these are.\nLIBRARY = "{soname}"']
 names = re.findall(r"^class (\w+)", "\n".join(lines), re.M)
 lines += ["\n__all__ = [", *(f'    "{name}",' for name in names), "]"]
-Path(sys.argv[3]).write_text("\n".join(lines) + "\n", encoding="utf-8")
+Path(output).write_text("\n".join(lines) + "\n", encoding="utf-8")

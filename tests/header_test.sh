@@ -17,7 +17,7 @@ for compiler in gcc clang clang-14; do
         done
     done
     for qt in "" "$*"; do
-        printf '#include <tarnel/tarnel.hpp>\n#include "%s/../examples/wrapper.cpp"\n' "$include" |
+        printf '#include <tarnel/tarnel.hpp>\n#include "%s/../examples/clients/wrapper.cpp"\n' "$include" |
             $compiler $flags $qt -x c++ -std=c++17 - 2>&1 ||
             { echo "$compiler refuses tarnel.hpp with Qt's flags '$qt'"; exit 1; }
     done

@@ -8,7 +8,7 @@ from itertools import islice
 from unittest import mock
 
 from tarnel import *
-from tarnel import _reading
+from tarnel import _library, _reading
 from tarnel._record import members
 
 VALUES = {"text": "Грüße 🔑\n\"", "?": True, "B": 255, "i": -5, "I": 4294967295, "Q": 1 << 53, "d": 55.751244}
@@ -55,6 +55,8 @@ class PackageTest(unittest.TestCase):
             self.assertRaises(TypeError, call, *given)
         self.assertRaises(OverflowError, cache.get, User, 1 << 32 | 1)
         self.assertRaises(RuntimeError, cache.launch)
+        with mock.patch.object(_library, "LAYOUT", _library.LAYOUT + 1):
+            self.assertRaisesRegex(InvalidArgument, "structures of layout", Cache, library=library)
 
     def test_many_records_are_stored_and_read_in_slices(self):
         cache.clear()

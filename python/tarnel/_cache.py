@@ -14,7 +14,7 @@ from typing import Any
 
 from tarnel._library import Library
 from tarnel._record import R, Record, members
-from tarnel.records import FUNCTIONS, Device, Event, NotFound, Result, State
+from tarnel.records import FUNCTIONS, LIBRARY, Device, Event, NotFound, Result, State
 
 
 class Cache:
@@ -28,7 +28,7 @@ class Cache:
     """
 
     def __init__(self, directory: str | os.PathLike[str] | None = None, timeout: float = 30,
-                 library: str = "libTarnelLib.so.0"):
+                 library: str = LIBRARY):
         self.library = Library(library)
         self.directory = directory
         self.timeout = timeout

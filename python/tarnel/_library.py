@@ -9,7 +9,7 @@ from typing import Any, NamedTuple
 
 from tarnel._reading import ENCODING, layout, records_at, text_at
 from tarnel._record import Error
-from tarnel.records import FUNCTIONS, LAYOUT_WEIGHTS, VERSION
+from tarnel.records import FUNCTIONS, LAYOUT_WEIGHTS, LIBRARY, VERSION
 
 LAYOUT = sum(layout(kind).size * weight for kind, weight in LAYOUT_WEIGHTS.items())
 ROLES: dict[str, Any] = {"text": ctypes.POINTER(ctypes.c_ushort), "count": ctypes.POINTER(ctypes.c_uint),
@@ -47,7 +47,7 @@ class Block(NamedTuple):
 class Library(ctypes.CDLL):
     """The library. A function is called with Python's values by `call`, or else as it is declared."""
 
-    def __init__(self, path: str = "libTarnelLib.so.0"):
+    def __init__(self, path: str = LIBRARY):
         super().__init__(path)
         for name, described in FUNCTIONS.items():
             function = getattr(self, name)
