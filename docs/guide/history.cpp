@@ -34,9 +34,9 @@ private:
 std::size_t storeFeed(const Cache &cache, Server &server, const std::function<bool(std::size_t)> &isToGoOn)
 {
     std::size_t stored = 0;
+    const auto progress = [&](std::size_t ofPage) { return isToGoOn(stored + ofPage); };
     for (auto page = server.nextPage(); !page.empty(); page = server.nextPage()) {
-        const Loaded loaded =
-            cache.load<Event>(page, {5000, [&](std::size_t ofPage) { return isToGoOn(stored + ofPage); }});
+        const Loaded loaded = cache.load<Event>(page, {5000, progress});
         stored += loaded.stored; // Whole slices of 5,000 events, which are on the disk.
         if (!loaded)
             std::cerr << loaded.error().what() << '\n';
