@@ -169,7 +169,7 @@ private:
     QJsonObject schemaOf()
     {
         if constexpr (requires { typename Value::value_type; }) {
-            const QJsonObject item = schemaOf<typename Value::value_type>();
+            QJsonObject item = schemaOf<typename Value::value_type>();
             if constexpr (std::is_same_v<Value, std::optional<typename Value::value_type>>)
                 return item;
             return {{"type", "array"}, {"items", item}};

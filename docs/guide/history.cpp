@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <iostream>
+#include <sstream>
 #include <tarnel/tarnel.hpp>
 
 using namespace tarnel;
@@ -18,8 +19,10 @@ public:
     {
         std::vector<std::string> page;
         while (page.size() < 25000 && m_sent < m_events) {
-            const std::string id = std::to_string(++m_sent);
-            page.push_back(R"({"id": )" + id + R"(, "time": )" + id + R"(, "device": 1, "section": 2})");
+            ++m_sent;
+            std::ostringstream event;
+            event << R"({"id": )" << m_sent << R"(, "time": )" << m_sent << R"(, "device": 1, "section": 2})";
+            page.push_back(event.str());
         }
         return page;
     }

@@ -17,18 +17,14 @@ void askServerForEverything(const Cache &cache)
 //! [all]
 int main()
 {
-    Cache cache; // Its end stops it.
-    const auto launch = cache.start();
-    if (!launch) {
-        std::cerr << launch.error().what() << '\n';
+    try {
+        Cache cache; // Its end stops it.
+        if (cache.start().value().isNew())
+            askServerForEverything(cache);
+        std::cout << utf8(cache.get<User>(7)->name) << '\n';
+    } catch (const Error &error) { // With the code and the reason.
+        std::cerr << error.what() << '\n';
         return 1;
     }
-    if (launch->isNew())
-        askServerForEverything(cache);
-
-    const auto ada = cache.get<User>(7);
-    if (!ada)
-        return 1;
-    std::cout << utf8(ada->name) << '\n';
 }
 //! [all]

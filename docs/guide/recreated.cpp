@@ -50,8 +50,13 @@ bool reports()
 
 int main()
 {
-    spoilFile();
-    const bool hasStartedOver = startsOver();
-    spoilFile();
-    return hasStartedOver && reports() ? 0 : 1;
+    try {
+        spoilFile();
+        const bool hasStartedOver = startsOver();
+        spoilFile();
+        return hasStartedOver && reports() ? 0 : 1;
+    } catch (const Error &error) {
+        std::cerr << error.what() << '\n';
+        return 1;
+    }
 }
