@@ -110,10 +110,15 @@ def unsigned(value: Any) -> int:
     return int(typed(float, value)) & 0xFFFFFFFF
 
 
+def is_whole(value: Any) -> bool:
+    """Whether a value is a whole number within 32 bits."""
+    return type(value) in (int, float) and value == int(value) and -(1 << 31) <= value < 1 << 31
+
+
 def whole(value: Any) -> int:
-    """A number as it is stored where any that is not a whole one within 32 bits becomes 0."""
+    """A number as it is stored where any other becomes 0."""
     number = typed(float, value)
-    return int(number) if number == int(number) and -(1 << 31) <= number < 1 << 31 else 0
+    return int(number) if is_whole(number) else 0
 
 
 # How the values of requests are stored; of both booleans the integer reading makes 0.
@@ -428,13 +433,13 @@ def contradiction(function: str, text: str, code: int, told: int) -> str:
         errors = list(schema(function).iter_errors(json.loads(text)))
     except ValueError:
         return ""
-    is_refused = code in (5, 10)
-    if not errors:
-        return "the schema alone accepts it" if is_refused or told else ""
-    # They are stored as anybody reads them; it is the likes of them that are not.
-    harmless = [error.validator == "enum" and (error.instance is False or type(error.instance) is int)
-                for error in errors]
-    return "" if is_refused or told or all(harmless) else f"only the schema refuses it: {errors[0].message}"
+    # Some flags are stored as anybody reads them; it is the likes of them that are not.
+    # The numbers of a list are told of once.
+    mistakes = {re.sub(r"(?<=sections)\[\d+\]$", "", error.json_path): error.message for error in errors
+                if error.validator != "enum" or not (error.instance is False or is_whole(error.instance))}
+    if not errors and code in (5, 10) or told and not mistakes:
+        return "the schema alone accepts it"
+    return "" if code in (5, 10) or len(mistakes) <= told else f"only the schema refuses it: {mistakes}"
 
 
 def difference(cache: Cache, program: list[Call]) -> tuple | None:
