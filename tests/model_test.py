@@ -1,6 +1,7 @@
-"""Random programs of calls to the library, each call compared with a small model of what the library promises.
+"""Random programs of calls to the library, each call compared with a small model of what the library promises, and each
+request with its schema.
 
-model_test.py LIBRARY; TARNEL_MODEL_PROGRAMS and TARNEL_MODEL_SEED may set how many, and the seed of the first.
+model_test.py LIBRARY SCHEMAS; TARNEL_MODEL_PROGRAMS and TARNEL_MODEL_SEED may set how many, and the seed of the first.
 """
 
 import json
@@ -13,8 +14,11 @@ import tempfile
 from collections import defaultdict
 from contextlib import closing
 from dataclasses import asdict
+from functools import cache as once
+from pathlib import Path
 from typing import Any, NamedTuple
 
+from jsonschema import Draft202012Validator
 from tarnel import Cache, Record
 from tarnel._record import Member, members
 from tarnel.records import FUNCTIONS, LAYOUT_WEIGHTS
@@ -106,10 +110,15 @@ def unsigned(value: Any) -> int:
     return int(typed(float, value)) & 0xFFFFFFFF
 
 
+def is_whole(value: Any) -> bool:
+    """Whether a value is a whole number within 32 bits."""
+    return type(value) in (int, float) and value == int(value) and -(1 << 31) <= value < 1 << 31
+
+
 def whole(value: Any) -> int:
-    """A number as it is stored where any that is not a whole one within 32 bits becomes 0."""
+    """A number as it is stored where any other becomes 0."""
     number = typed(float, value)
-    return int(number) if number == int(number) and -(1 << 31) <= number < 1 << 31 else 0
+    return int(number) if is_whole(number) else 0
 
 
 # How the values of requests are stored; of both booleans the integer reading makes 0.
@@ -172,7 +181,7 @@ class Model:
         if key := MEMBERS[kind][0].key:
             record["id"] = unsigned(content.get(key if key in content else ALTERNATIVE_ID.get(kind)))
         for member in MEMBERS[kind][1:]:
-            if member.key in content:
+            if member.key and member.key in content:
                 items = typed(list, content[member.key]) if member.form == "list" else [content[member.key]]
                 if member.key in OBJECTS or member.form == "list" and member.kind != "I":
                     items = [self.parsed(name_of(member), typed(dict, item)) for item in items]
@@ -347,13 +356,15 @@ class Generator:
         return self.record(name_of(member)) if is_object else self.number(member.kind, 8)
 
     def record(self, kind: str) -> dict:
-        """A record with its identifier and about half of its fields."""
+        """A record with its identifier, about half of its fields, and at times one that it does not have."""
         key = MEMBERS[kind][0].key or "id"
         record = {ALTERNATIVE_ID.get(kind, key) if self.one_in(8) else key: self.number()}
         for member in MEMBERS[kind][1:]:
             if member.key and self.one_in(2):
                 items = [self.value(member) for _ in range(self.below(4))]
                 record[member.key] = items if member.form == "list" else self.value(member)
+        if self.one_in(20):
+            record.setdefault(self.pick(self.UNKNOWN_KEYS), self.number())
         return record
 
     def damaged(self, value: Any) -> Any:
@@ -408,6 +419,29 @@ class Generator:
         return calls
 
 
+@once
+def schema(function: str) -> Draft202012Validator:
+    """What the requests of a function are to be."""
+    content = json.loads(SCHEMAS[function].read_text(encoding="utf-8"))
+    Draft202012Validator.check_schema(content)
+    return Draft202012Validator(content)
+
+
+def contradiction(function: str, text: str, code: int, told: int) -> str:
+    """Where the library and the schema do not agree on a request, of which `told` values were suspicious."""
+    try:
+        errors = list(schema(function).iter_errors(json.loads(text)))
+    except ValueError:
+        return ""
+    # Some flags are stored as anybody reads them; it is the likes of them that are not.
+    # The numbers of a list are told of once.
+    mistakes = {re.sub(r"(?<=sections)\[\d+\]$", "", error.json_path): error.message for error in errors
+                if error.validator != "enum" or not (error.instance is False or is_whole(error.instance))}
+    if not errors and code in (5, 10) or told and not mistakes:
+        return "the schema alone accepts it"
+    return "" if code in (5, 10) or len(mistakes) <= told else f"only the schema refuses it: {mistakes}"
+
+
 def difference(cache: Cache, program: list[Call]) -> tuple | None:
     """What the model and the library do where they differ first, on a cache without records."""
     cache.library.call("clearAll")
@@ -420,16 +454,23 @@ def difference(cache: Cache, program: list[Call]) -> tuple | None:
         except Refusal as refusal:
             expected = refusal.args[0], []
         beside = BESIDE_CALLS.get(function.name)
+        suspicions = cache.suspicions
         code, contents = beside(cache) if beside else cache.library.call(function.name, *arguments)
         contents = plain(contents)
         if code == 0 and "count" in function.roles and function.name != "addEvents":
             contents[0].sort(key=lambda record: record["id"])  # They come in no particular order.
         if (code, contents) != expected:
             return expected, (code, contents)
+        if function.name in SCHEMAS:
+            if contradicted := contradiction(function.name, arguments[0], code, cache.suspicions - suspicions):
+                return contradicted, (code, contents)
     return None
 
 
 cache = Cache(library=os.path.abspath(sys.argv[1]))
+SCHEMAS = {path.name.removesuffix(".schema.json"): path.absolute() for path in Path(sys.argv[2]).iterdir()}
+texts = {each.name for each in functions() if "text" in each.roles and each.family not in ("filter", "setServerIp")}
+assert SCHEMAS.keys() == texts, "there is a schema for each function that takes a request"
 # In memory where that can be had: nothing here is about a disk.
 with tempfile.TemporaryDirectory(dir="/dev/shm" if os.path.isdir("/dev/shm") else None) as directory:
     os.chdir(directory)

@@ -1,3 +1,4 @@
+/// @file
 /// The cache with every call on its records.
 #ifndef TARNEL_CACHE_HPP
 #define TARNEL_CACHE_HPP

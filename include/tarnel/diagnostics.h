@@ -1,4 +1,4 @@
-/**
+/** @file
  * Why a call failed, what a code means, and whether this header fits the library: for clients that want to know more
  * than the codes of tarnel.h.
  *

@@ -1,3 +1,4 @@
+/// @file
 /// The kinds of records: which functions of the library serve each, and the owners of what they hand out.
 #ifndef TARNEL_KINDS_HPP
 #define TARNEL_KINDS_HPP

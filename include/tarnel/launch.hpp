@@ -1,3 +1,4 @@
+/// @file
 /// The cache's thread from its launch to its exit.
 #ifndef TARNEL_LAUNCH_HPP
 #define TARNEL_LAUNCH_HPP

@@ -1,3 +1,4 @@
+/// @file
 /// Requests from named fields with checked values, instead of JSON that is written by hand.
 #ifndef TARNEL_REQUEST_HPP
 #define TARNEL_REQUEST_HPP

@@ -1,3 +1,4 @@
+/// @file
 /// What a call gives: a value, or a code with the reason.
 #ifndef TARNEL_RESULT_HPP
 #define TARNEL_RESULT_HPP

@@ -1,57 +1,57 @@
-/**
+/** @file
  * TarnelLib: a local, persistent cache of the reference data of a monitoring and alarm-response service.
  *
  * Plain C. In C++ the structures live in namespace `tarnelLib::api`, the functions in the global namespace.
  *
- * How it is used
- *   A thread of the client calls `launchCache` and stays in it. Once `getState` says TARNEL_STATE_RUNNING, records are
- *   pushed in as JSON and read back as structures, from any thread; `exitCache` ends the launching thread's call. The
- *   records are kept in the SQLite file "CacheDb" in the current directory of the process, which should be on a local
- *   disk.
+ * @par How it is used
+ * A thread of the client calls `launchCache` and stays in it. Once `getState` says TARNEL_STATE_RUNNING, records are
+ * pushed in as JSON and read back as structures, from any thread; `exitCache` ends the launching thread's call. The
+ * records are kept in the SQLite file "CacheDb" in the current directory of the process, which should be on a local
+ * disk.
  *
- * Texts
- *   Every text is UTF-16 in the byte order of the machine. One that goes in is a pointer and its number of 16-bit code
- *   units, and needs no terminator; a null pointer is an empty text if the length is 0. One that comes out ends with a
- *   zero code unit.
+ * @par Texts
+ * Every text is UTF-16 in the byte order of the machine. One that goes in is a pointer and its number of 16-bit code
+ * units, and needs no terminator; a null pointer is an empty text if the length is 0. One that comes out ends with a
+ * zero code unit.
  *
- * Structures
- *   They have the layout that a C compiler gives them; a `bool` is one byte. Every member is a pointer, null for a
- *   field that the record does not have, but for the identifier and the counts. A list is a pointer to its first
- *   element, and its count is the member after that; an empty list is null and 0. The comment at a member gives the
- *   field's key and type in JSON.
+ * @par Structures
+ * They have the layout that a C compiler gives them; a `bool` is one byte. Every member is a pointer, null for a
+ * field that the record does not have, but for the identifier and the counts. A list is a pointer to its first
+ * element, and its count is the member after that; an empty list is null and 0. The comment at a member gives the
+ * field's key and type in JSON.
  *
- * Requests
- *   A request is a JSON object whose member "D" is an object: the record itself ("update"), `{"items": [record, ...]}`
- *   ("add"), or the identifier under the key that the function names ("delete"). A record's identifier is required;
- *   any other field may be left out, but must not be null or of another type than the one given at the structure.
- *   Numbers for unsigned fields are cut to a whole number and then to their low 32 bits; for signed fields, fields of 8
- *   bits and flags, one that is not a whole number within 32 bits counts as 0. A flag is set by any number but 0: the
- *   JSON values `true` and `false` are both stored as false. A request is carried out whole or not at all.
+ * @par Requests
+ * A request is a JSON object whose member "D" is an object: the record itself ("update"), `{"items": [record, ...]}`
+ * ("add"), or the identifier under the key that the function names ("delete"). A record's identifier is required;
+ * any other field may be left out, but must not be null or of another type than the one given at the structure.
+ * Numbers for unsigned fields are cut to a whole number and then to their low 32 bits; for signed fields, fields of 8
+ * bits and flags, one that is not a whole number within 32 bits counts as 0. A flag is set by any number but 0: the
+ * JSON values `true` and `false` are both stored as false. A request is carried out whole or not at all.
  *
- * Ownership
- *   An output pointer must point to a null pointer on entry, or nothing is done (TARNEL_INVALID_ARGUMENT). What is
- *   handed out was made with `malloc`, belongs to the caller, and is released by the kind's free functions alone,
- *   which also release all that the members point to; a single text is released with `free`. On any failure the
- *   outputs stay as they were.
+ * @par Ownership
+ * An output pointer must point to a null pointer on entry, or nothing is done (TARNEL_INVALID_ARGUMENT). What is
+ * handed out was made with `malloc`, belongs to the caller, and is released by the kind's free functions alone,
+ * which also release all that the members point to; a single text is released with `free`. On any failure the
+ * outputs stay as they were.
  *
- * Threads
- *   Any function may be called from any thread. The get functions run beside each other and beside whatever writes:
+ * @par Threads
+ * Any function may be called from any thread. The get functions run beside each other and beside whatever writes:
  * each sees the records as they are when it begins, with all that calls have stored which have returned by then. Calls
- *   that write are carried out one after another, in the order in which they ask. `getState`, `getLaunchCacheResult`
- *   and the free functions never wait for any of them. An exit waits for the calls in progress; those that wait for
- *   their turn return TARNEL_NOT_AVAILABLE.
- *   In the child of a `fork` a cache inherited from the parent is not available.
+ * that write are carried out one after another, in the order in which they ask. `getState`, `getLaunchCacheResult`
+ * and the free functions never wait for any of them. An exit waits for the calls in progress; those that wait for
+ * their turn return TARNEL_NOT_AVAILABLE.
+ * In the child of a `fork` a cache inherited from the parent is not available.
  *
- * Codes
- *   Every function returns a `TarnelResult` unless it says otherwise. Each that needs the cache can return
- *   TARNEL_NOT_AVAILABLE (no cache is running) and TARNEL_ALLOCATION_FAILED; these two are not repeated below.
- *   A failure of the database is also written to Qt's debug log, with the text of SQLite. `tarnelReason` in
- *   diagnostics.h says why a call failed.
+ * @par Codes
+ * Every function returns a `TarnelResult` unless it says otherwise. Each that needs the cache can return
+ * TARNEL_NOT_AVAILABLE (no cache is running) and TARNEL_ALLOCATION_FAILED; these two are not repeated below.
+ * A failure of the database is also written to Qt's debug log, with the text of SQLite. `tarnelReason` in
+ * diagnostics.h says why a call failed.
  *
- * Qt
- *   The cache registers two Qt SQL connections, named "" and "CacheDb": a client that uses Qt SQL itself must name its
- *   own otherwise. A client that has a Qt application object makes it before `launchCache` and keeps it until the
- *   launch has ended; otherwise the cache makes one.
+ * @par Qt
+ * The cache registers two Qt SQL connections, named "" and "CacheDb": a client that uses Qt SQL itself must name its
+ * own otherwise. A client that has a Qt application object makes it before `launchCache` and keeps it until the
+ * launch has ended; otherwise the cache makes one.
  */
 #ifndef TARNEL_TARNEL_H
 #define TARNEL_TARNEL_H
@@ -288,7 +288,8 @@ typedef struct Event {
 #define TARNEL_EXPORT __attribute__((visibility("default")))
 #endif
 
-/* ---- Lifecycle --------------------------------------------------------------------------------------------------- */
+/** @name Lifecycle
+ * @{ */
 
 /**
  * Starts the cache and runs it on the calling thread; returns when the cache has been exited.
@@ -317,7 +318,10 @@ TARNEL_EXPORT unsigned int getState(void);
  */
 TARNEL_EXPORT unsigned int getLaunchCacheResult(void);
 
-/* ---- Locales ----------------------------------------------------------------------------------------------------- */
+/** @} */
+
+/** @name Locales
+ * @{ */
 
 /**
  * Stores locales; each replaces the stored one of its identifier whole, and of two with one identifier the last stays.
@@ -366,7 +370,10 @@ TARNEL_EXPORT unsigned int freeLocale(TARNEL_STRUCT(Locale) *locale);
 /** Releases a block of locales with its count. TARNEL_INVALID_ARGUMENT for a null pointer or a count of 0. */
 TARNEL_EXPORT unsigned int freeLocalesArray(TARNEL_STRUCT(Locale) *locales, unsigned int count);
 
-/* ---- Domains ----------------------------------------------------------------------------------------------------- */
+/** @} */
+
+/** @name Domains
+ * @{ */
 
 /** Stores domains; as `addLocales`. */
 TARNEL_EXPORT unsigned int addDomains(const unsigned short *text, unsigned int length);
@@ -410,7 +417,10 @@ TARNEL_EXPORT unsigned int freeDomain(TARNEL_STRUCT(Domain) *domain);
 /** Releases a block of domains; as `freeLocalesArray`. */
 TARNEL_EXPORT unsigned int freeDomainsArray(TARNEL_STRUCT(Domain) *domains, unsigned int count);
 
-/* ---- Users ------------------------------------------------------------------------------------------------------- */
+/** @} */
+
+/** @name Users
+ * @{ */
 
 /** Stores users; as `addLocales`. */
 TARNEL_EXPORT unsigned int addUsers(const unsigned short *text, unsigned int length);
@@ -439,7 +449,10 @@ TARNEL_EXPORT unsigned int freeUser(TARNEL_STRUCT(User) *user);
 /** Releases a block of users; as `freeLocalesArray`. */
 TARNEL_EXPORT unsigned int freeUsersArray(TARNEL_STRUCT(User) *users, unsigned int count);
 
-/* ---- Organizations ----------------------------------------------------------------------------------------------- */
+/** @} */
+
+/** @name Organizations
+ * @{ */
 
 /** Stores organizations with their contacts; as `addLocales`. */
 TARNEL_EXPORT unsigned int addOrganizations(const unsigned short *text, unsigned int length);
@@ -472,7 +485,10 @@ TARNEL_EXPORT unsigned int freeOrganization(TARNEL_STRUCT(Organization) *organiz
 /** Releases a block of organizations; as `freeLocalesArray`. */
 TARNEL_EXPORT unsigned int freeOrganizationsArray(TARNEL_STRUCT(Organization) *organizations, unsigned int count);
 
-/* ---- Contractors ------------------------------------------------------------------------------------------------- */
+/** @} */
+
+/** @name Contractors
+ * @{ */
 
 /** Stores contractors; as `addLocales`. */
 TARNEL_EXPORT unsigned int addContractors(const unsigned short *text, unsigned int length);
@@ -502,7 +518,10 @@ TARNEL_EXPORT unsigned int freeContractor(TARNEL_STRUCT(Contractor) *contractor)
 /** Releases a block of contractors; as `freeLocalesArray`. */
 TARNEL_EXPORT unsigned int freeContractorsArray(TARNEL_STRUCT(Contractor) *contractors, unsigned int count);
 
-/* ---- Contracts --------------------------------------------------------------------------------------------------- */
+/** @} */
+
+/** @name Contracts
+ * @{ */
 
 /** Stores contracts; as `addLocales`. */
 TARNEL_EXPORT unsigned int addContracts(const unsigned short *text, unsigned int length);
@@ -533,7 +552,10 @@ TARNEL_EXPORT unsigned int freeContract(TARNEL_STRUCT(Contract) *contract);
 /** Releases a block of contracts; as `freeLocalesArray`. */
 TARNEL_EXPORT unsigned int freeContractsArray(TARNEL_STRUCT(Contract) *contracts, unsigned int count);
 
-/* ---- Devices ----------------------------------------------------------------------------------------------------- */
+/** @} */
+
+/** @name Devices
+ * @{ */
 
 /**
  * Stores devices with all that is programmed into them; as `addLocales`.
@@ -582,7 +604,10 @@ TARNEL_EXPORT unsigned int freeDevice(TARNEL_STRUCT(Device) *device);
 /** Releases a block of devices; as `freeLocalesArray`. */
 TARNEL_EXPORT unsigned int freeDevicesArray(TARNEL_STRUCT(Device) *devices, unsigned int count);
 
-/* ---- Sections ---------------------------------------------------------------------------------------------------- */
+/** @} */
+
+/** @name Sections
+ * @{ */
 
 /** Reads one section of a device with its zones, to be released with `freeSection`; as `getLocale`. */
 TARNEL_EXPORT unsigned int getSection(TARNEL_STRUCT(Section) **section, unsigned int device, unsigned int id);
@@ -622,7 +647,10 @@ TARNEL_EXPORT unsigned int freeSection(TARNEL_STRUCT(Section) *section);
 /** Releases a block of sections; as `freeLocalesArray`. */
 TARNEL_EXPORT unsigned int freeSectionsArray(TARNEL_STRUCT(Section) *sections, unsigned int count);
 
-/* ---- Zones ------------------------------------------------------------------------------------------------------- */
+/** @} */
+
+/** @name Zones
+ * @{ */
 
 /** Reads one zone of a section of a device, to be released with `freeZone`; as `getLocale`. */
 TARNEL_EXPORT unsigned int getZone(TARNEL_STRUCT(Zone) **zone, unsigned int device, unsigned int section,
@@ -665,7 +693,10 @@ TARNEL_EXPORT unsigned int freeZone(TARNEL_STRUCT(Zone) *zone);
 /** Releases a block of zones; as `freeLocalesArray`. */
 TARNEL_EXPORT unsigned int freeZonesArray(TARNEL_STRUCT(Zone) *zones, unsigned int count);
 
-/* ---- Sites ------------------------------------------------------------------------------------------------------- */
+/** @} */
+
+/** @name Sites
+ * @{ */
 
 /** Stores sites with their locations and devices (see `addDevices`); as `addLocales`. */
 TARNEL_EXPORT unsigned int addSites(const unsigned short *text, unsigned int length);
@@ -706,7 +737,10 @@ TARNEL_EXPORT unsigned int freeSite(TARNEL_STRUCT(Site) *site);
 /** Releases a block of sites; as `freeLocalesArray`. */
 TARNEL_EXPORT unsigned int freeSitesArray(TARNEL_STRUCT(Site) *sites, unsigned int count);
 
-/* ---- Events ------------------------------------------------------------------------------------------------------ */
+/** @} */
+
+/** @name Events
+ * @{ */
 
 /** Stores one event, in place of a stored one of its identifier, and hands it back with what its device, section, zone
  * and operator lend it; as `addDevice`. */
@@ -751,7 +785,10 @@ TARNEL_EXPORT unsigned int freeEvent(TARNEL_STRUCT(Event) *event);
 /** Releases a block of events; as `freeLocalesArray`. */
 TARNEL_EXPORT unsigned int freeEventsArray(TARNEL_STRUCT(Event) *events, unsigned int count);
 
-/* ---- Maintenance ------------------------------------------------------------------------------------------------- */
+/** @} */
+
+/** @name Maintenance
+ * @{ */
 
 /** Stores the address of the client's server, of any form; it survives every clear. TARNEL_SUCCESS,
  * TARNEL_WRITE_FAILED, TARNEL_INVALID_ARGUMENT. */
@@ -774,6 +811,8 @@ TARNEL_EXPORT unsigned int clearAllExceptEvents(void);
 
 /** Deletes the events whose time is `date` or before and whose affect flag is stored and not set; as `clearAll`. */
 TARNEL_EXPORT unsigned int clearEventsBeforeDateExceptAffects(unsigned int date);
+
+/** @} */
 
 #undef TARNEL_STRUCT
 #undef TARNEL_EXPORT

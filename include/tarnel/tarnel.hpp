@@ -1,4 +1,4 @@
-/**
+/** @file
  * TarnelLib for C++17: the functions of tarnel.h with owners, results and types. Headers only.
  *
  *     tarnel::Cache cache;
@@ -9,13 +9,13 @@
  *     for (const Site &site : cache.where(site::domainId, 5).value())
  *         std::cout << utf8(site.name);                   // the range and all that it leads to are released
  *
- * cache.hpp    `Cache`: every call on the records
- * launch.hpp   its `start` and `stop`
- * result.hpp   `Result` and `Error`
- * kinds.hpp    `Record` and `Records`, which own what is handed out
- * text.hpp     `text`, `utf8`, `value`, `list`: the members of structures; texts that go in
- * request.hpp  requests of named fields
- * fields.hpp   the fields
+ * - cache.hpp: `Cache`, every call on the records
+ * - launch.hpp: its `start` and `stop`
+ * - result.hpp: `Result` and `Error`
+ * - kinds.hpp: `Record` and `Records`, which own what is handed out
+ * - text.hpp: `text`, `utf8`, `value`, `list` for the members of structures; texts that go in
+ * - request.hpp: requests of named fields
+ * - fields.hpp: the fields
  */
 #ifndef TARNEL_TARNEL_HPP
 #define TARNEL_TARNEL_HPP

@@ -1,3 +1,4 @@
+/// @file
 /// Texts on their way in and out, in UTF-16 as the library has them, in UTF-8, and as QString where Qt's headers are.
 #ifndef TARNEL_TEXT_HPP
 #define TARNEL_TEXT_HPP
