@@ -16,4 +16,7 @@ function(tarnel_strict target)
     target_link_libraries(${target} PRIVATE tarnelFlags)
     set_target_properties(${target} PROPERTIES
         C_VISIBILITY_PRESET hidden CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+    if(TARNEL_SANITIZE) # What clang's sanitizers need for the library's C++ they put into programs in C++ alone.
+        set_target_properties(${target} PROPERTIES LINKER_LANGUAGE CXX)
+    endif()
 endfunction()

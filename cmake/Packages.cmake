@@ -63,7 +63,12 @@ if(pythonPackages)
         SUMMARY "local cache of a monitoring service (Python 3)"
         DESCRIPTION "${about}\n.\nThis is the package for Python 3, with typed records.")
 endif()
-# Here stand "doc" (tarnel-doc) and "tools" (tarnel-tools), as soon as something is installed as these components.
+if(DOXYGEN AND DOXYGEN_AWESOME)
+    tarnel_package(doc NAME tarnel-doc SECTION doc ARCHITECTURE all
+        SUMMARY "local cache of a monitoring service (documentation)"
+        DESCRIPTION "${about}\n.\nThis is the guide for developers of clients, the reference of the functions, and\nJSON Schemas of the requests.")
+endif()
+# Here stands "tools" (tarnel-tools), as soon as something is installed as this component.
 
 include(CPack)
 
