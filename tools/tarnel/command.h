@@ -45,5 +45,6 @@ inline void addFile(CLI::App &command, Shared &shared)
 }
 
 void addInfo(CLI::App &app, Shared &shared);
+void addReport(CLI::App &app, Shared &shared);
 
 } // namespace tool

@@ -45,6 +45,7 @@ int run(int argc, char **argv)
         "--version", fmt::format("tarnel {}.{}.{}", TARNEL_VERSION_MAJOR, TARNEL_VERSION_MINOR, TARNEL_VERSION_PATCH));
     app.add_flag("--json", shared.isJson, "Print JSON, for programs");
     addInfo(app, shared);
+    addReport(app, shared);
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success &asked) { // For help, or for the version.

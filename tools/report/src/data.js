@@ -29,7 +29,7 @@
  * @property {string[]} limits what the page does not hold, in sentences
  * @property {[number, number]|null} span the first and the last time of the events in the file
  * @property {[string, string][]} facts about the file, each a name and a value
- * @property {Finding[]} findings
+ * @property {Finding[]|null} findings null if the file was not checked
  * @property {Object<string, Table>} tables by their names
  */
 

@@ -21,7 +21,7 @@ export function showGlance(report, onShow) {
         const jump = part ? element('a', { href: `#${part}`, data: { jump: part } }, name) : name;
         return element('div', {}, element('dt', {}, jump), element('dd', { data: { count: table } }, value));
     }));
-    const findings = report.findings.map(({ level, text, count, show }) => {
+    const findings = (report.findings ?? []).map(({ level, text, count, show }) => {
         const item = element('li', { className: level }, element('strong', {}, levels[level]),
             element('span', {}, named(text), count === undefined ? '' : ` (${amount(count)})`));
         if (show) {
@@ -31,8 +31,12 @@ export function showGlance(report, onShow) {
         }
         return item;
     });
-    at('findings').replaceChildren(...(findings.length > 0 ? findings
-        : [element('li', { className: 'sound' }, element('strong', {}, 'Sound'), element('span', {}, 'Nothing was found.'))]));
+    if (findings.length === 0) {
+        const [word, text] = report.findings ? ['Sound', 'Nothing was found.'] : ['–', 'The file was not checked.'];
+        findings.push(element('li', { className: report.findings ? 'sound' : 'note' }, element('strong', {}, word),
+            element('span', {}, text)));
+    }
+    at('findings').replaceChildren(...findings);
     showTimes(report);
     at('caps').textContent = report.limits.join(' ');
     at('caps').hidden = report.limits.length === 0;

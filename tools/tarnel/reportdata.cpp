@@ -1,0 +1,280 @@
+#include "tools/tarnel/reportdata.h"
+
+#include "storage/database.h"
+#include "storage/tables.h"
+#include "tools/tarnel/cachefile.h"
+#include "tools/tarnel/command.h"
+#include "tools/tarnel/launchverdict.h"
+#include "tools/tarnel/output.h"
+#include "tools/tarnel/query.h"
+
+#include <tarnel/diagnostics.h>
+
+#include <SQLiteCpp/Statement.h>
+
+#include <cmath>
+#include <ctime>
+
+namespace tool {
+
+namespace {
+
+namespace lib = tarnelLib::controller;
+using output::Json;
+
+/// A page of so many events is ready within two seconds; of more only if they are asked for, and not without end.
+constexpr std::uint32_t usualEvents = 20000;
+constexpr std::uint32_t mostEvents = 200000;
+/// Of any other table.
+constexpr std::uint32_t mostRows = 100000;
+/// Texts are as long as their sender likes; the page shows their beginning.
+constexpr std::size_t mostBytes = 4096;
+/// JavaScript has no larger whole numbers.
+constexpr std::int64_t mostExact = (std::int64_t{1} << 53) - 1;
+
+/// As JSON that cannot end the element around it.
+std::string inElement(const Json &value)
+{
+    const std::string text = value.dump(-1, ' ', false, Json::error_handler_t::replace);
+    std::string safe;
+    safe.reserve(text.size());
+    for (const char character : text) {
+        if (character == '<')
+            safe += "\\u003c";
+        else
+            safe += character;
+    }
+    return safe;
+}
+
+/// The rows of a query, one after the other.
+class RowWriter
+{
+public:
+    explicit RowWriter(std::ostream &out) : m_out(out) {}
+
+    std::uint64_t write(SQLite::Statement &&query)
+    {
+        std::uint64_t rows = 0;
+        for (; query.executeStep(); ++rows) {
+            m_out << (rows == 0 ? "[" : ",\n[");
+            for (int i = 0; i < query.getColumnCount(); ++i) {
+                if (i > 0)
+                    m_out << ',';
+                writeValue(query.getColumn(i));
+            }
+            m_out << ']';
+        }
+        return rows;
+    }
+
+    /// How many texts were longer than the page shows.
+    [[nodiscard]] std::uint64_t shortened() const { return m_shortened; }
+
+private:
+    void writeValue(const SQLite::Column &value)
+    {
+        if (value.isNull())
+            m_out << "null";
+        else if (value.isInteger())
+            writeInteger(value.getInt64());
+        else if (value.isFloat())
+            writeDouble(value.getDouble());
+        else
+            writeText({value.getText(), static_cast<std::size_t>(value.getBytes())});
+    }
+
+    void writeInteger(std::int64_t number)
+    {
+        if (number > mostExact || number < -mostExact)
+            m_out << '"' << number << '"';
+        else
+            m_out << number;
+    }
+
+    void writeDouble(double number)
+    {
+        if (std::isfinite(number))
+            m_out << Json(number).dump();
+        else
+            m_out << '"' << number << '"';
+    }
+
+    void writeText(std::string_view text)
+    {
+        constexpr auto isWithinCharacter = [](char byte) { return (static_cast<unsigned char>(byte) & 0xc0) == 0x80; };
+        if (text.size() <= mostBytes) {
+            m_out << inElement(text);
+            return;
+        }
+        std::size_t end = mostBytes;
+        while (end > mostBytes - 4 && isWithinCharacter(text[end]))
+            --end;
+        ++m_shortened;
+        m_out << inElement(fmt::format("{}…", text.substr(0, end)));
+    }
+
+    std::ostream &m_out;
+    std::uint64_t m_shortened = 0;
+};
+
+/// The names of a table's columns, as SQL and as the page has them.
+template <class Record>
+struct Columns {
+    std::string sql;
+    Json fields = Json::array();
+
+    Columns()
+    {
+        for (const lib::ModelField &field : lib::modelFields<Record>) {
+            sql += (sql.empty() ? "" : ",") + field.column();
+            fields.push_back(field.field);
+        }
+    }
+};
+
+/// The condition for the times that are asked for; empty for all.
+std::string conditionOf(const ReportChoice &choice)
+{
+    const std::string time = lib::columnOf(&lib::Event::time);
+    std::string condition;
+    if (choice.from)
+        condition += fmt::format(" WHERE {} >= {}", time, *choice.from);
+    if (choice.to)
+        condition += fmt::format(" {} {} <= {}", condition.empty() ? "WHERE" : "AND", time, *choice.to);
+    return condition;
+}
+
+class ReportWriter
+{
+public:
+    ReportWriter(std::ostream &out, CacheFile &cache, const ReportChoice &choice)
+        : m_out(out), m_rows(out), m_cache(cache), m_choice(choice)
+    {
+    }
+
+    ReportSummary write()
+    {
+        m_out << "{\"tables\":{";
+        std::apply([&](const auto &...table) { (writeTable(table), ...); }, lib::tables);
+        m_out << '}';
+        if (m_rows.shortened() > 0)
+            m_summary.limits.push_back(fmt::format("{} long texts are shown in their first {} bytes.",
+                                                   output::grouped(m_rows.shortened()), mostBytes));
+        writeMember("file", m_cache.place().file.filename().string());
+        writeMember("made", std::time(nullptr));
+        writeMember("version",
+                    fmt::format("{}.{}.{}", TARNEL_VERSION_MAJOR, TARNEL_VERSION_MINOR, TARNEL_VERSION_PATCH));
+        writeMember("redacted", false);
+        writeMember("limits", m_summary.limits);
+        writeMember("span", span());
+        writeMember("facts", facts());
+        writeMember("findings", nullptr);
+        m_out << '}';
+        return m_summary;
+    }
+
+private:
+    template <class Record>
+    void writeTable(const lib::KindTable<Record> & /*table*/)
+    {
+        constexpr bool isEvent = std::is_same_v<Record, lib::Event>;
+        constexpr std::string_view table = lib::Schema<Record>::table;
+        const Columns<Record> columns;
+        const std::string condition = isEvent ? conditionOf(m_choice) : std::string();
+        const std::uint64_t count = countOf(table, "");
+        const std::uint64_t chosen = condition.empty() ? count : countOf(table, condition);
+        std::string query = fmt::format("SELECT {} FROM {}{}", columns.sql, table, condition);
+        if (isEvent)
+            query += fmt::format(" ORDER BY {} DESC,rowid DESC", lib::columnOf(&lib::Event::time));
+        query +=
+            fmt::format(" LIMIT {}", isEvent ? std::min(m_choice.last.value_or(usualEvents), mostEvents) : mostRows);
+        if (!m_isFirst)
+            m_out << ',';
+        m_isFirst = false;
+        m_out << fmt::format(R"("{}":{{"fields":{},"count":{},"chosen":{},"rows":[)", table, columns.fields.dump(),
+                             count, chosen);
+        const std::uint64_t rows = m_rows.write(SQLite::Statement(m_cache.database(), query));
+        m_out << "]}\n";
+        if constexpr (isEvent) {
+            m_summary.events = rows;
+            noteEvents(count, chosen);
+        } else if (rows < count) {
+            m_summary.limits.push_back(fmt::format("Of the {} rows of {} the page holds {}.", output::grouped(count),
+                                                   table, output::grouped(rows)));
+        }
+    }
+
+    [[nodiscard]] std::uint64_t countOf(std::string_view table, const std::string &condition)
+    {
+        const auto rows = number(m_cache.connection(), fmt::format("SELECT count(*) FROM {}{}", table, condition));
+        return static_cast<std::uint64_t>(rows.value_or(0));
+    }
+
+    void noteEvents(std::uint64_t count, std::uint64_t chosen)
+    {
+        if (chosen < count)
+            m_summary.limits.push_back(fmt::format("Only {} of the {} events are of the times that were asked for.",
+                                                   output::grouped(chosen), output::grouped(count)));
+        if (m_summary.events < chosen)
+            m_summary.limits.push_back(fmt::format("The page holds the newest {} of {} events.",
+                                                   output::grouped(m_summary.events), output::grouped(chosen)));
+    }
+
+    void writeMember(std::string_view name, const Json &value)
+    {
+        m_out << fmt::format(",\"{}\":{}\n", name, inElement(value));
+    }
+
+    /// The first and the last time of all events.
+    [[nodiscard]] Json span()
+    {
+        const auto end = [&](std::string_view function) {
+            return number(m_cache.connection(),
+                          fmt::format("SELECT {}({}) FROM {}", function, lib::columnOf(&lib::Event::time),
+                                      lib::Schema<lib::Event>::table));
+        };
+        const auto first = end("min");
+        const auto last = end("max");
+        return first && last ? Json{*first, *last} : Json();
+    }
+
+    [[nodiscard]] Json facts()
+    {
+        const Place &place = m_cache.place();
+        const LaunchVerdict verdict = launchVerdict(m_cache);
+        Json found = Json::array();
+        const auto add = [&](std::string_view name, const std::string &value) {
+            found.push_back(Json::array({name, value}));
+        };
+        std::optional<lib::Text> text;
+        if (lib::Database::getServerIp(m_cache.connection(), text) && text)
+            add("Server", utf8(*text));
+        text.reset();
+        if (lib::Database::getVersion(m_cache.connection(), text) && text)
+            add("Version of the tables", utf8(*text));
+        add("Size", output::size(place.bytes));
+        if (place.logBytes > 0)
+            add("Log beside it", output::size(place.logBytes));
+        add("Open in a client", place.isInUse ? "yes" : "no");
+        add("A launch would give",
+            fmt::format("{} {}: {}", verdict.code, tarnelCodeName(verdict.code), verdict.reason));
+        return found;
+    }
+
+    std::ostream &m_out;
+    RowWriter m_rows;
+    CacheFile &m_cache;
+    const ReportChoice &m_choice;
+    ReportSummary m_summary;
+    bool m_isFirst = true;
+};
+
+} // namespace
+
+ReportSummary writeReportData(std::ostream &out, CacheFile &cache, const ReportChoice &choice)
+{
+    return ReportWriter(out, cache, choice).write();
+}
+
+} // namespace tool
