@@ -59,12 +59,17 @@ function head(grid, { field, title, kind }) {
     return element('div', { className: 'head' }, element('button', { type: 'button' }, title), input);
 }
 
+/** How far below the window a table is made already. */
+const ahead = '400px';
+
 export class Grid {
-    #table;
+    #rows;
+    #table = null;
     #isBuilt = false;
     #test = () => true;
 
     /**
+     * The table itself is made when it comes near the window: most of the time that the page takes at first is theirs.
      * @param {HTMLElement} place
      * @param {string} name by which the address knows its filters
      * @param {Column[]} columns
@@ -72,14 +77,33 @@ export class Grid {
      * @param {string} label
      */
     constructor(place, name, columns, rows, label) {
+        this.#rows = rows;
+        const observer = new IntersectionObserver(([{ isIntersecting }]) => {
+            if (!isIntersecting)
+                return;
+            observer.disconnect();
+            this.#build(place, name, columns, label);
+        }, { rootMargin: ahead });
+        observer.observe(place);
+        state.onChange(() => {
+            for (const input of place.querySelectorAll('[data-filter]')) {
+                if (document.activeElement !== input)
+                    input.value = state.get(input.dataset.filter);
+            }
+        });
+    }
+
+    #build(place, name, columns, label) {
         const inside = place.appendChild(element('div'));
         this.#table = new Tabulator(inside, {
-            data: rows,
+            data: this.#rows,
             height: '100%',
             layout: 'fitDataFill',
             rowHeight: 30,
+            renderVerticalBuffer: 180,
             index: 'Id',
             placeholder: element('span', {}, 'Nothing passes the filters.'),
+            initialFilter: [{ field: row => this.#test(row) }],
             columns: columns.map(column => ({
                 field: column.field,
                 title: column.title,
@@ -98,13 +122,6 @@ export class Grid {
         this.#table.on('tableBuilt', () => {
             this.#isBuilt = true;
             place.querySelector('.tabulator-tableholder').setAttribute('aria-label', label);
-            this.#table.setFilter(row => this.#test(row));
-        });
-        state.onChange(() => {
-            for (const input of place.querySelectorAll('[data-filter]')) {
-                if (document.activeElement !== input)
-                    input.value = state.get(input.dataset.filter);
-            }
         });
     }
 
@@ -122,7 +139,7 @@ export class Grid {
     }
 
     /** @returns {object[]} the rows that are shown, in their order */
-    rows() { return this.#isBuilt ? this.#table.getData('active') : []; }
+    rows() { return this.#isBuilt ? this.#table.getData('active') : this.#rows.filter(this.#test); }
 
-    save(name) { this.#table.download('csv', name, { bom: true }); }
+    save(name) { this.#table?.download('csv', name, { bom: true }); }
 }

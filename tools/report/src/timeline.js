@@ -195,9 +195,11 @@ export class Timeline {
                 trigger: 'axis', renderMode: 'richText', axisPointer: { type: 'line', lineStyle: { color: ink } },
                 backgroundColor: palette.colour('--raised'), borderColor: line, padding: [8, 12],
                 textStyle: { ...text, fontSize: 12, color: palette.colour('--ink') },
-                formatter: found => [time(barTime(found[0].value[0])),
-                    ...found.filter(({ value }) => value[1] > 0).map(({ marker, seriesName, value }) =>
-                        `${marker} ${seriesName}  ${amount(value[1])}`)].join('\n'),
+                formatter: found => {
+                    const bars = found.filter(({ value }) => value?.[1] > 0);
+                    return bars.length === 0 ? '' : [time(barTime(bars[0].value[0])), ...bars.map(
+                        ({ marker, seriesName, value }) => `${marker} ${seriesName}  ${amount(value[1])}`)].join('\n');
+                },
             },
         };
     }
