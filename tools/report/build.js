@@ -13,7 +13,7 @@ const { outputFiles } = await build({
     bundle: true,
     minify: true,
     format: 'iife',
-    target: 'es2020',
+    target: 'es2022',
     charset: 'ascii', // Whatever becomes of the file on its way, the hashes fit.
     legalComments: 'none',
     outdir: here('.'),

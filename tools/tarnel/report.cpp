@@ -69,8 +69,9 @@ void runReport(const Shared &shared, const ReportOptions &options)
     const std::string_view page = pageTemplate();
     const std::size_t place = page.find(placeOfData);
     if (place == std::string_view::npos)
-        throw Obstacle("this tarnel was built without the page of the report, as Node.js or npm was not at hand",
-                       "install the packages nodejs and npm, and build it again");
+        throw Obstacle(
+            "this tarnel was built without the page of the report: Node.js, npm or their registry was not at hand",
+            "install the packages nodejs and npm, and build it again");
     CacheFile cache(shared.file);
     cache.requireSound();
     std::error_code error;

@@ -35,7 +35,7 @@ export class SiteMap {
     #places;
     #shown = [];
     #last = new Map();
-    #whole;
+    #domain = '';
     /** What the frame shows: its middle, and degrees per pixel. */
     #view = null;
 
@@ -47,34 +47,52 @@ export class SiteMap {
             return { site, x: Longitude, y: upOf(Latitude), Name: site.Name, Address: site.Address, Id: site.Id };
         });
         this.#chart.on('click', ({ data }) => this.#open(data.members));
-        this.#watchPointer();
+        this.#watch();
         new ResizeObserver(() => {
             this.#chart.resize();
-            this.#whole = null;
             this.#paint();
         }).observe(at('map-chart'));
         for (const button of document.querySelectorAll('[data-map]'))
             button.addEventListener('click', () => this.#zoom({ in: 0.5, out: 2, all: 0 }[button.dataset.map]));
     }
 
-    #watchPointer() {
+    #watch() {
         const area = at('map-chart');
         area.addEventListener('wheel', event => {
+            // Whoever scrolls the page does not mean the map, unless it was chosen.
+            if (!event.ctrlKey && document.activeElement !== area)
+                return;
             event.preventDefault();
             this.#zoom(event.deltaY > 0 ? 1.25 : 0.8, [event.offsetX, event.offsetY]);
         }, { passive: false });
+        area.addEventListener('keydown', event => {
+            const act = { '+': () => this.#zoom(0.5), '-': () => this.#zoom(2), 0: () => this.#zoom(0),
+                ArrowLeft: () => this.#shift(-60, 0), ArrowRight: () => this.#shift(60, 0),
+                ArrowUp: () => this.#shift(0, 60), ArrowDown: () => this.#shift(0, -60) }[event.key];
+            if (!act || event.ctrlKey || event.altKey || event.metaKey)
+                return;
+            event.preventDefault();
+            act();
+        });
         let held = null;
         area.addEventListener('pointerdown', event => { held = [event.clientX, event.clientY]; });
         window.addEventListener('pointerup', () => { held = null; });
         window.addEventListener('pointermove', event => {
-            if (!held || !this.#view)
+            if (!held)
                 return;
             const moved = [event.clientX - held[0], event.clientY - held[1]];
             held = [event.clientX, event.clientY];
-            this.#view.x -= moved[0] * this.#view.scale;
-            this.#view.y += moved[1] * this.#view.scale;
-            this.#paint();
+            this.#shift(-moved[0], moved[1]);
         });
+    }
+
+    /** Moves the view by pixels, to the east and upwards. */
+    #shift(east, up) {
+        if (!this.#view)
+            return;
+        this.#view.x += east * this.#view.scale;
+        this.#view.y += up * this.#view.scale;
+        this.#paint();
     }
 
     get #frame() {
@@ -175,9 +193,9 @@ export class SiteMap {
         this.#last = lastEvents(this.#centre.events, passed);
         const isNamed = this.#places.filter(isFound);
         const shown = (isNamed.length > 0 ? isNamed : this.#places).filter(({ site }) => isInDomain(site.DomainId));
-        if (domain !== this.domain || !this.#view)
+        if (domain !== this.#domain)
             this.#view = null;
-        this.domain = domain;
+        this.#domain = domain;
         this.#shown = shown;
         const without = this.#centre.sites.filter(({ DomainId }) => isInDomain(DomainId)).length -
             this.#places.filter(({ site }) => isInDomain(site.DomainId)).length;
@@ -245,8 +263,8 @@ export class SiteMap {
                     const colour = last ? palette.colourOfClass(last.Class) : palette.colour('--class-0');
                     return { value: [x, y], members,
                         symbolSize: members.length === 1 ? 11 : Math.min(50, 18 + 5 * Math.log2(members.length)),
-                        itemStyle: members.length === 1 ? { color: colour, borderColor: ground, borderWidth: 1.5 }
-                            : { color: ground, borderColor: colour, borderWidth: 4 },
+                        itemStyle: members.length === 1 ? { color: colour, borderColor: ground, borderWidth: 1.5, opacity: 1 }
+                            : { color: ground, borderColor: colour, borderWidth: 4, opacity: 1 },
                         label: { show: members.length > 1, formatter: String(members.length),
                             color: palette.colour('--ink'), fontSize: 12, fontWeight: 600 } };
                 }),

@@ -38,6 +38,7 @@ export class Timeline {
     #span;
     #period;
     #shownPeriod = '';
+    #sliding;
 
     /** @param {object[]} events */
     constructor(events) {
@@ -70,8 +71,8 @@ export class Timeline {
 
     #slide() {
         const { startValue, endValue } = this.#chart.getOption().dataZoom[0];
-        clearTimeout(this.sliding);
-        this.sliding = setTimeout(() => {
+        clearTimeout(this.#sliding);
+        this.#sliding = setTimeout(() => {
             const range = [startValue, endValue].map(value => Math.round(this.#toSeconds(value)));
             if (String(range) !== this.#shownPeriod)
                 this.#choose([startValue, endValue]);
