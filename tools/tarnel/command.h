@@ -22,6 +22,7 @@ constexpr int misused = 64;   ///< The command line has a mistake.
 /// What the subcommands share.
 struct Shared {
     bool isJson = false;                    ///< JSON is asked for, instead of what people read.
+    bool isUnixTime = false;                ///< Times are seconds since 1970, and are shown as dates.
     std::filesystem::path file = "CacheDb"; ///< The cache, or the directory in which it is.
     int status = status::sound;             ///< What the subcommand sets for the end.
 };
@@ -44,7 +45,9 @@ inline void addFile(CLI::App &command, Shared &shared)
     command.add_option("FILE", shared.file, "The cache, or the directory in which it is")->capture_default_str();
 }
 
+void addEvents(CLI::App &app, Shared &shared);
 void addInfo(CLI::App &app, Shared &shared);
 void addReport(CLI::App &app, Shared &shared);
+void addShow(CLI::App &app, Shared &shared);
 
 } // namespace tool

@@ -1,19 +1,16 @@
 #include "storage/database.h"
-#include "storage/tables.h"
 #include "tools/tarnel/cachefile.h"
 #include "tools/tarnel/command.h"
 #include "tools/tarnel/launchverdict.h"
-#include "tools/tarnel/output.h"
 #include "tools/tarnel/query.h"
+#include "tools/tarnel/records.h"
+#include "tools/tarnel/times.h"
 
 #include <tarnel/diagnostics.h>
 
 namespace tool {
 
 namespace {
-
-namespace lib = tarnelLib::controller;
-using output::Json;
 
 /// How the journal of a cache stands, and how it was read here.
 struct JournalState {
@@ -49,6 +46,17 @@ std::string_view readingOf(const CacheFile &cache)
     return "beside the client";
 }
 
+/// The number that a question finds; null also where it cannot be asked.
+Json numberOrNull(lib::Connection &connection, const std::string &sql)
+{
+    try {
+        const auto found = number(connection, sql);
+        return found ? Json(*found) : Json();
+    } catch (const Obstacle &) {
+        return {};
+    }
+}
+
 /// What there is to say about a cache, for people and for programs alike.
 Json describe(CacheFile &cache)
 {
@@ -67,23 +75,20 @@ Json describe(CacheFile &cache)
     std::optional<lib::Text> text;
     info["version"] = nullptr;
     if (lib::Database::getVersion(connection, text) && text)
-        info["version"] = utf8(*text);
+        info["version"] = tarnel::utf8(text->view());
     text.reset();
     info["server"] = nullptr;
     if (lib::Database::getServerIp(connection, text) && text)
-        info["server"] = utf8(*text);
+        info["server"] = tarnel::utf8(text->view());
     info["tables"] = Json::object();
-    const auto count = [&]<class Record>(const lib::KindTable<Record> &) {
-        const auto rows = number(connection, fmt::format("SELECT count(*) FROM {}", lib::Schema<Record>::table));
-        info["tables"][std::string(lib::Schema<Record>::table)] = rows ? Json(*rows) : Json();
-    };
-    std::apply([&](const auto &...table) { (count(table), ...); }, lib::tables);
+    forEachKind([&]<class Record>(const lib::KindTable<Record> &) {
+        info["tables"][std::string(lib::Schema<Record>::table)] =
+            numberOrNull(connection, fmt::format("SELECT count(*) FROM {}", lib::Schema<Record>::table));
+    });
     const std::string time = lib::columnOf(&lib::Event::time);
-    for (const char *end : {"min", "max"}) {
-        const auto found =
-            number(connection, fmt::format("SELECT {}({}) FROM {}", end, time, lib::Schema<lib::Event>::table));
-        info[std::string_view(end) == "min" ? "first_event" : "last_event"] = found ? Json(*found) : Json();
-    }
+    for (const auto &[name, end] : {std::pair("first_event", "min"), std::pair("last_event", "max")})
+        info[name] =
+            numberOrNull(connection, fmt::format("SELECT {}({}) FROM {}", end, time, lib::Schema<lib::Event>::table));
     info["launch"] = {{"code", verdict.code},
                       {"name", tarnelCodeName(verdict.code)},
                       {"reason", verdict.reason},
@@ -96,16 +101,14 @@ std::string said(const Json &value)
     return value.is_string() ? output::safe(value.get<std::string>()) : "none";
 }
 
-void writeForPeople(const Json &info, const Place &place)
+void writeForPeople(const Json &info, const Place &place, bool isUnixTime)
 {
     std::string size = output::size(place.bytes);
     if (place.logBytes > 0)
         size += fmt::format(", and {} in its log", output::size(place.logBytes));
-    std::string events = "none with a time";
-    if (info["first_event"].is_number())
-        events = fmt::format("{} to {} UTC ({} to {})", output::date(info["first_event"].get<std::int64_t>()),
-                             output::date(info["last_event"].get<std::int64_t>()),
-                             info["first_event"].get<std::int64_t>(), info["last_event"].get<std::int64_t>());
+    const auto time = [&](const char *key) { return timeText(info[key].get<std::int64_t>(), isUnixTime); };
+    const bool isTimed = info["first_event"].is_number();
+    const std::string events = isTimed ? fmt::format("{} to {}", time("first_event"), time("last_event")) : "none";
     const Json &launch = info["launch"];
     const bool isKept = launch["code"] == TARNEL_SUCCESS;
     output::writePairs({
@@ -121,8 +124,9 @@ void writeForPeople(const Json &info, const Place &place)
          output::styled(fmt::fg(isKept ? fmt::terminal_color::green : fmt::terminal_color::red),
                         fmt::format("{} {}", launch["code"].get<unsigned int>(), launch["name"].get<std::string>()))},
         {"", launch["reason"].get<std::string>()},
-        {"", isKept ? "" : launch["advice"].get<std::string>()},
     });
+    if (!isKept)
+        output::print("\n{}\n", launch["advice"].get<std::string>());
     output::write("\n");
     std::vector<std::pair<std::string, std::string>> rows;
     for (const auto &[table, count] : info["tables"].items()) {
@@ -140,7 +144,7 @@ void runInfo(Shared &shared)
     if (shared.isJson)
         output::writeJson(info);
     else
-        writeForPeople(info, cache.place());
+        writeForPeople(info, cache.place(), shared.isUnixTime);
 }
 
 } // namespace

@@ -44,7 +44,11 @@ int run(int argc, char **argv)
     app.set_version_flag(
         "--version", fmt::format("tarnel {}.{}.{}", TARNEL_VERSION_MAJOR, TARNEL_VERSION_MINOR, TARNEL_VERSION_PATCH));
     app.add_flag("--json", shared.isJson, "Print JSON, for programs");
+    app.add_flag("--unix-time", shared.isUnixTime, "Show times as dates in UTC: they are seconds since 1970");
+    // In the order of the help.
     addInfo(app, shared);
+    addShow(app, shared);
+    addEvents(app, shared);
     addReport(app, shared);
     try {
         app.parse(argc, argv);

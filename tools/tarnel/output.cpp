@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <cwchar>
 #include <system_error>
 #include <unistd.h>
@@ -142,16 +141,6 @@ std::string size(std::uint64_t bytes)
     return fmt::format("{:.1f} {}", amount, units.at(unit));
 }
 
-std::string date(std::int64_t seconds)
-{
-    const std::time_t time = seconds;
-    std::tm parts{};
-    if (::gmtime_r(&time, &parts) == nullptr)
-        return std::to_string(seconds);
-    return fmt::format("{:04}-{:02}-{:02} {:02}:{:02}:{:02}", parts.tm_year + 1900, parts.tm_mon + 1, parts.tm_mday,
-                       parts.tm_hour, parts.tm_min, parts.tm_sec);
-}
-
 void writePairs(const std::vector<std::pair<std::string, std::string>> &pairs)
 {
     std::size_t columns = 0;
@@ -159,6 +148,33 @@ void writePairs(const std::vector<std::pair<std::string, std::string>> &pairs)
         columns = std::max(columns, width(name));
     for (const auto &[name, text] : pairs)
         print("{}  {}\n", styled(fmt::emphasis::bold, padded(name, columns)), text);
+}
+
+void Table::write() const
+{
+    const auto isNumber = [](const std::string &cell) {
+        return cell.find_first_not_of("0123456789.,-+%") == std::string::npos;
+    };
+    std::string headings;
+    std::vector<std::string> lines(m_rows.size());
+    for (std::size_t column = 0; column < m_headings.size(); ++column) {
+        std::size_t columns = width(m_headings[column]);
+        bool isRight = true;
+        for (const std::vector<std::string> &row : m_rows) {
+            columns = std::max(columns, width(row.at(column)));
+            isRight = isRight && isNumber(row.at(column));
+        }
+        const auto place = [&](std::string &line, const std::string &cell) {
+            line += line.empty() ? "" : "  ";
+            line += isRight ? rightAligned(cell, columns) : padded(cell, columns);
+        };
+        place(headings, m_headings[column]);
+        for (std::size_t row = 0; row < m_rows.size(); ++row)
+            place(lines[row], m_rows[row].at(column));
+    }
+    print("{}\n", styled(fmt::emphasis::bold, headings));
+    for (const std::string &line : lines)
+        print("{}\n", std::string_view(line).substr(0, line.find_last_not_of(' ') + 1));
 }
 
 } // namespace tool::output

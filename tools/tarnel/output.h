@@ -55,10 +55,22 @@ void finish();
 [[nodiscard]] std::string grouped(std::uint64_t number);
 /// Of bytes, with a unit.
 [[nodiscard]] std::string size(std::uint64_t bytes);
-/// Seconds since 1970 as UTC.
-[[nodiscard]] std::string date(std::int64_t seconds);
 
 /// Writes rows of a name and what there is to say, one below the other.
 void writePairs(const std::vector<std::pair<std::string, std::string>> &pairs);
+
+/// Rows of cells, each column as wide as its widest cell; columns of numbers stand at the right.
+class Table
+{
+public:
+    explicit Table(std::vector<std::string> headings) : m_headings(std::move(headings)) {}
+
+    void add(std::vector<std::string> cells) { m_rows.push_back(std::move(cells)); }
+    void write() const;
+
+private:
+    std::vector<std::string> m_headings;
+    std::vector<std::vector<std::string>> m_rows;
+};
 
 } // namespace tool::output

@@ -17,11 +17,17 @@ namespace tool {
 
 namespace {
 
-/// The size of a file; none, if it is not there.
-std::uint64_t sizeOf(const std::filesystem::path &path)
+/// What the system says of a file beside the main file; nothing, if it is not there.
+struct stat statusOf(const std::filesystem::path &path)
 {
     struct stat status = {};
-    return ::stat(path.c_str(), &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+    static_cast<void>(::stat(path.c_str(), &status));
+    return status;
+}
+
+bool isSame(const std::timespec &left, const std::timespec &right)
+{
+    return left.tv_sec == right.tv_sec && left.tv_nsec == right.tv_nsec;
 }
 
 std::string nameOf(uid_t user)
@@ -59,17 +65,19 @@ Place::Place(const std::filesystem::path &path) : file(resolved(path))
     bytes = static_cast<std::uint64_t>(status.st_size);
     number = status.st_ino;
     modified = status.st_mtim;
-    logBytes = sizeOf(beside("-wal"));
-    memoryBytes = sizeOf(beside("-shm"));
-    journalBytes = sizeOf(beside("-journal"));
+    const struct stat log = statusOf(beside("-wal"));
+    logBytes = static_cast<std::uint64_t>(log.st_size);
+    logModified = log.st_mtim;
+    memoryBytes = static_cast<std::uint64_t>(statusOf(beside("-shm")).st_size);
+    journalBytes = static_cast<std::uint64_t>(statusOf(beside("-journal")).st_size);
     isInUse = tarnelLib::controller::file::isInUse(QFile::decodeName(file.c_str()));
 }
 
 bool Place::isSameAs(const Place &other) const
 {
     return number == other.number && bytes == other.bytes && logBytes == other.logBytes &&
-           journalBytes == other.journalBytes && modified.tv_sec == other.modified.tv_sec &&
-           modified.tv_nsec == other.modified.tv_nsec;
+           journalBytes == other.journalBytes && isSame(modified, other.modified) &&
+           isSame(logModified, other.logModified);
 }
 
 std::filesystem::path Place::beside(const char *suffix) const

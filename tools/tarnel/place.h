@@ -15,8 +15,9 @@ struct Place {
     std::uint64_t memoryBytes = 0;  ///< Of what clients share about the log, `-shm`.
     std::uint64_t journalBytes = 0; ///< Of what a write that has not ended would have to undo, `-journal`.
     std::uint64_t number = 0;       ///< Of the file in its file system.
-    std::timespec modified{};
-    bool isInUse = false; ///< Another process has the file locked, as a client has that writes a log.
+    std::timespec modified{};       ///< The main file.
+    std::timespec logModified{};    ///< The log, or nothing.
+    bool isInUse = false;           ///< Another process has the file locked, as a client has that writes a log.
 
     /// Looks at a cache, or at that of a directory. Not while this process has a connection to it that holds locks:
     /// looking would drop them.

@@ -1,30 +1,42 @@
 #include "tools/tarnel/query.h"
 
-#include <QString>
+#include "tools/tarnel/command.h"
+
+#include <fmt/format.h>
 
 namespace tool {
 
-std::string utf8(const tarnelLib::controller::Text &text)
+namespace lib = tarnelLib::controller;
+
+Query::Query(lib::Connection &connection, const std::string &sql, const std::vector<std::int64_t> &numbers)
 {
-    const QByteArray bytes = QString::fromUtf16(text.view().data(), static_cast<int>(text.view().size())).toUtf8();
-    return {bytes.data(), static_cast<std::size_t>(bytes.size())};
+    m_statement.prepare(connection.connection(), sql);
+    int position = 1;
+    for (const std::int64_t number : numbers)
+        m_statement.bind(position++, number);
 }
 
-std::string utf8(const unsigned short *text)
+bool Query::next()
 {
-    const QByteArray bytes = QString::fromUtf16(reinterpret_cast<const char16_t *>(text)).toUtf8();
-    return {bytes.data(), static_cast<std::size_t>(bytes.size())};
+    const lib::Statement::Step step = m_statement.step();
+    if (step == lib::Statement::Step::Failed)
+        throw Obstacle(fmt::format("the file cannot be read: {}", m_statement.failure().text.toStdString()),
+                       "`tarnel check` says what is wrong with it");
+    return step == lib::Statement::Step::Row;
 }
 
-std::optional<std::int64_t> number(tarnelLib::controller::Connection &connection, const std::string &sql)
+std::string_view Query::bytes(int column) const
 {
-    sqlite3_stmt *statement = nullptr;
-    sqlite3_prepare_v2(connection.connection(), sql.c_str(), -1, &statement, nullptr);
-    std::optional<std::int64_t> found;
-    if (sqlite3_step(statement) == SQLITE_ROW && sqlite3_column_type(statement, 0) != SQLITE_NULL)
-        found = sqlite3_column_int64(statement, 0);
-    sqlite3_finalize(statement);
-    return found;
+    sqlite3_value *const held = m_statement.cell(column);
+    const auto *const first = reinterpret_cast<const char *>(sqlite3_value_text(held));
+    return first == nullptr ? std::string_view()
+                            : std::string_view(first, static_cast<std::size_t>(sqlite3_value_bytes(held)));
+}
+
+std::optional<std::int64_t> number(lib::Connection &connection, const std::string &sql)
+{
+    Query query(connection, sql);
+    return query.next() && !query.isNull(0) ? std::optional(query.number(0)) : std::nullopt;
 }
 
 } // namespace tool

@@ -3,6 +3,7 @@
 #include "tools/tarnel/output.h"
 #include "tools/tarnel/pagetemplate.h"
 #include "tools/tarnel/reportdata.h"
+#include "tools/tarnel/times.h"
 
 #include <cerrno>
 #include <fstream>
@@ -62,10 +63,16 @@ private:
 struct ReportOptions {
     std::filesystem::path output = "report.html";
     ReportChoice choice;
+    std::string from;
+    std::string to;
 };
 
-void runReport(const Shared &shared, const ReportOptions &options)
+void runReport(const Shared &shared, ReportOptions options)
 {
+    if (!options.from.empty())
+        options.choice.from = parseTime(options.from);
+    if (!options.to.empty())
+        options.choice.to = parseTime(options.to);
     const std::string_view page = pageTemplate();
     const std::size_t place = page.find(placeOfData);
     if (place == std::string_view::npos)
@@ -103,9 +110,10 @@ void addReport(CLI::App &app, Shared &shared)
     addFile(*command, shared);
     const auto options = std::make_shared<ReportOptions>();
     command->add_option("-o,--output", options->output, "Where the page goes")->capture_default_str();
-    command->add_option("--last", options->choice.last, "At most so many events, the newest (20000; 200000 at most)");
-    command->add_option("--from", options->choice.from, "Only events of this time or later");
-    command->add_option("--to", options->choice.to, "Only events of this time or earlier");
+    command->add_option("--last", options->choice.last, "At most so many events, the latest of them; 20000 usually")
+        ->check(CLI::Range(1, 200000));
+    command->add_option("--from", options->from, "Events from this time on: a number, or a date in UTC");
+    command->add_option("--to", options->to, "Events up to this time");
     command->callback([&shared, options] { runReport(shared, *options); });
 }
 

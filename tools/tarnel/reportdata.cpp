@@ -1,16 +1,12 @@
 #include "tools/tarnel/reportdata.h"
 
 #include "storage/database.h"
-#include "storage/tables.h"
 #include "tools/tarnel/cachefile.h"
-#include "tools/tarnel/command.h"
 #include "tools/tarnel/launchverdict.h"
-#include "tools/tarnel/output.h"
 #include "tools/tarnel/query.h"
+#include "tools/tarnel/records.h"
 
 #include <tarnel/diagnostics.h>
-
-#include <SQLiteCpp/Statement.h>
 
 #include <cmath>
 #include <ctime>
@@ -19,14 +15,11 @@ namespace tool {
 
 namespace {
 
-namespace lib = tarnelLib::controller;
-using output::Json;
-
 /// A page of so many events is ready within two seconds; of more only if they are asked for, and not without end.
-constexpr std::uint32_t usualEvents = 20000;
-constexpr std::uint32_t mostEvents = 200000;
+constexpr std::int64_t usualEvents = 20000;
+constexpr std::int64_t mostEvents = 200000;
 /// Of any other table.
-constexpr std::uint32_t mostRows = 100000;
+constexpr std::int64_t mostRows = 100000;
 /// Texts are as long as their sender likes; the page shows their beginning.
 constexpr std::size_t mostBytes = 4096;
 /// JavaScript has no larger whole numbers.
@@ -53,15 +46,15 @@ class RowWriter
 public:
     explicit RowWriter(std::ostream &out) : m_out(out) {}
 
-    std::uint64_t write(SQLite::Statement &&query)
+    std::uint64_t write(Query &&query, int columns)
     {
         std::uint64_t rows = 0;
-        for (; query.executeStep(); ++rows) {
+        for (; query.next(); ++rows) {
             m_out << (rows == 0 ? "[" : ",\n[");
-            for (int i = 0; i < query.getColumnCount(); ++i) {
+            for (int i = 0; i < columns; ++i) {
                 if (i > 0)
                     m_out << ',';
-                writeValue(query.getColumn(i));
+                writeValue(query, i);
             }
             m_out << ']';
         }
@@ -72,16 +65,22 @@ public:
     [[nodiscard]] std::uint64_t shortened() const { return m_shortened; }
 
 private:
-    void writeValue(const SQLite::Column &value)
+    void writeValue(const Query &query, int column)
     {
-        if (value.isNull())
+        sqlite3_value *const value = query.row().cell(column);
+        switch (sqlite3_value_type(value)) {
+        case SQLITE_NULL:
             m_out << "null";
-        else if (value.isInteger())
-            writeInteger(value.getInt64());
-        else if (value.isFloat())
-            writeDouble(value.getDouble());
-        else
-            writeText({value.getText(), static_cast<std::size_t>(value.getBytes())});
+            break;
+        case SQLITE_INTEGER:
+            writeInteger(sqlite3_value_int64(value));
+            break;
+        case SQLITE_FLOAT:
+            writeDouble(sqlite3_value_double(value));
+            break;
+        default:
+            writeText(query.bytes(column));
+        }
     }
 
     void writeInteger(std::int64_t number)
@@ -156,7 +155,7 @@ public:
     ReportSummary write()
     {
         m_out << "{\"tables\":{";
-        std::apply([&](const auto &...table) { (writeTable(table), ...); }, lib::tables);
+        forEachKind([&](const auto &table) { writeTable(table); });
         m_out << '}';
         if (m_rows.shortened() > 0)
             m_summary.limits.push_back(fmt::format("{} long texts are shown in their first {} bytes.",
@@ -194,7 +193,8 @@ private:
         m_isFirst = false;
         m_out << fmt::format(R"("{}":{{"fields":{},"count":{},"chosen":{},"rows":[)", table, columns.fields.dump(),
                              count, chosen);
-        const std::uint64_t rows = m_rows.write(SQLite::Statement(m_cache.database(), query));
+        const std::uint64_t rows =
+            m_rows.write(Query(m_cache.connection(), query), static_cast<int>(lib::modelFields<Record>.size()));
         m_out << "]}\n";
         if constexpr (isEvent) {
             m_summary.events = rows;
@@ -249,10 +249,10 @@ private:
         };
         std::optional<lib::Text> text;
         if (lib::Database::getServerIp(m_cache.connection(), text) && text)
-            add("Server", utf8(*text));
+            add("Server", tarnel::utf8(text->view()));
         text.reset();
         if (lib::Database::getVersion(m_cache.connection(), text) && text)
-            add("Version of the tables", utf8(*text));
+            add("Version of the tables", tarnel::utf8(text->view()));
         add("Size", output::size(place.bytes));
         if (place.logBytes > 0)
             add("Log beside it", output::size(place.logBytes));

@@ -12,9 +12,9 @@ class CacheFile;
 
 /// Which events a report is to hold. Without a number the newest ones, as many as a browser shows with ease.
 struct ReportChoice {
-    std::optional<std::uint32_t> last;
-    std::optional<std::uint32_t> from;
-    std::optional<std::uint32_t> to;
+    std::optional<std::int64_t> last;
+    std::optional<std::int64_t> from; ///< Of their times, both ends included.
+    std::optional<std::int64_t> to;
 };
 
 /// What went into a report.
