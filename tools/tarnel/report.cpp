@@ -110,8 +110,9 @@ void addReport(CLI::App &app, Shared &shared)
     addFile(*command, shared);
     const auto options = std::make_shared<ReportOptions>();
     command->add_option("-o,--output", options->output, "Where the page goes")->capture_default_str();
-    command->add_option("--last", options->choice.last, "At most so many events, the latest of them; 20000 usually")
-        ->check(CLI::Range(1, 200000));
+    command->add_option("--last", options->choice.last, "At most so many events, the latest of them")
+        ->check(CLI::Range(std::int64_t{1}, mostEvents))
+        ->capture_default_str();
     command->add_option("--from", options->from, "Events from this time on: a number, or a date in UTC");
     command->add_option("--to", options->to, "Events up to this time");
     command->callback([&shared, options] { runReport(shared, *options); });

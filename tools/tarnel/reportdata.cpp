@@ -15,9 +15,6 @@ namespace tool {
 
 namespace {
 
-/// A page of so many events is ready within two seconds; of more only if they are asked for, and not without end.
-constexpr std::int64_t usualEvents = 20000;
-constexpr std::int64_t mostEvents = 200000;
 /// Of any other table.
 constexpr std::int64_t mostRows = 100000;
 /// Texts are as long as their sender likes; the page shows their beginning.
@@ -186,8 +183,7 @@ private:
         std::string query = fmt::format("SELECT {} FROM {}{}", columns.sql, table, condition);
         if (isEvent)
             query += fmt::format(" ORDER BY {} DESC,rowid DESC", lib::columnOf(&lib::Event::time));
-        query +=
-            fmt::format(" LIMIT {}", isEvent ? std::min(m_choice.last.value_or(usualEvents), mostEvents) : mostRows);
+        query += fmt::format(" LIMIT {}", isEvent ? std::min(m_choice.last, mostEvents) : mostRows);
         if (!m_isFirst)
             m_out << ',';
         m_isFirst = false;

@@ -10,9 +10,13 @@ namespace tool {
 
 class CacheFile;
 
-/// Which events a report is to hold. Without a number the newest ones, as many as a browser shows with ease.
+/// A page of so many events is ready within two seconds; of more only if they are asked for, and not without end.
+constexpr std::int64_t usualEvents = 20000;
+constexpr std::int64_t mostEvents = 200000;
+
+/// Which events a report is to hold: the latest of those that lie between two times.
 struct ReportChoice {
-    std::optional<std::int64_t> last;
+    std::int64_t last = usualEvents;
     std::optional<std::int64_t> from; ///< Of their times, both ends included.
     std::optional<std::int64_t> to;
 };
