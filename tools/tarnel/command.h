@@ -45,6 +45,7 @@ inline void addFile(CLI::App &command, Shared &shared)
     command.add_option("FILE", shared.file, "The cache, or the directory in which it is")->capture_default_str();
 }
 
+void addCheck(CLI::App &app, Shared &shared);
 void addEvents(CLI::App &app, Shared &shared);
 void addInfo(CLI::App &app, Shared &shared);
 void addReport(CLI::App &app, Shared &shared);

@@ -47,6 +47,7 @@ int run(int argc, char **argv)
     app.add_flag("--unix-time", shared.isUnixTime, "Show times as dates in UTC: they are seconds since 1970");
     // In the order of the help.
     addInfo(app, shared);
+    addCheck(app, shared);
     addShow(app, shared);
     addEvents(app, shared);
     addReport(app, shared);
