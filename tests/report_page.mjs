@@ -15,6 +15,7 @@ const complaints = [];
 async function open(name, hash = '', options = {}, isMeasured = false) {
     const context = await browser.newContext({ viewport: { width: 1440, height: 900 }, offline: true, ...options });
     const page = await context.newPage();
+    page.setDefaultTimeout(15000);
     page.on('console', message => complaints.push(`${message.type()}: ${message.text()}`));
     page.on('pageerror', error => complaints.push(String(error.stack)));
     page.on('request', request => /^(file|blob):/.test(request.url()) || complaints.push(request.url()));
@@ -30,7 +31,9 @@ async function open(name, hash = '', options = {}, isMeasured = false) {
         await page.session.send('Performance.enable', { timeDomain: 'threadTicks' });
     }
     await page.goto(expected.pages[name].page + hash);
-    await page.waitForSelector('html[data-ready] .tabulator-row');
+    await page.waitForSelector('html[data-ready]');
+    await page.locator('#events-grid').scrollIntoViewIfNeeded(); // It is made when it is about to be seen.
+    await page.waitForSelector('#events-grid .tabulator-row');
     return page;
 }
 
@@ -64,6 +67,9 @@ const tests = {
         for (const [code, number] of Object.entries(expected.classes))
             assert.equal(await page.textContent(`[data-class="${code}"] span`), amount(number), `class ${code}`);
         assert.ok(await page.locator('#events-grid .tabulator-row').count() < 100, 'all rows are made');
+        await says(page, '#findings', new RegExp(`${amount(expected.hidden)} Events: their device is not stored`));
+        await page.click('#findings li > button');
+        await shows(page, 5, 'the examples of a finding');
     },
 
     async 'filters combine, live in the address and survive a reload'() {

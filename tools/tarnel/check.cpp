@@ -34,11 +34,7 @@ Json toJson(const std::vector<Finding> &findings)
 {
     Json list = Json::array();
     for (const Finding &finding : findings)
-        list.push_back({{"severity", nameOf(finding.severity)},
-                        {"subject", finding.subject},
-                        {"count", finding.count},
-                        {"what", finding.what},
-                        {"examples", finding.examples}});
+        list.push_back(toJson(finding));
     return {{"verdict", verdictOf(findings)}, {"findings", list}};
 }
 

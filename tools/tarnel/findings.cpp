@@ -218,6 +218,15 @@ std::string_view nameOf(Severity severity)
     return "broken";
 }
 
+Json toJson(const Finding &finding)
+{
+    return {{"severity", nameOf(finding.severity)},
+            {"subject", finding.subject},
+            {"count", finding.count},
+            {"what", finding.what},
+            {"examples", finding.examples}};
+}
+
 std::vector<Finding> check(CacheFile &cache, const std::function<void(std::string_view)> &onStep)
 {
     const LaunchVerdict verdict = launchVerdict(cache);

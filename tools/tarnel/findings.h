@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tools/tarnel/output.h"
+
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -22,6 +24,8 @@ struct Finding {
     std::uint64_t count = 1;
     std::vector<std::string> examples = {}; ///< Identifiers of some of the rows, those of enclosing records first.
 };
+
+[[nodiscard]] output::Json toJson(const Finding &finding);
 
 /// Looks for all that is wrong or odd, the worst first. `onStep` is told what is being done.
 [[nodiscard]] std::vector<Finding> check(CacheFile &cache, const std::function<void(std::string_view)> &onStep);

@@ -2,6 +2,7 @@
 #include "tools/tarnel/command.h"
 #include "tools/tarnel/output.h"
 #include "tools/tarnel/pagetemplate.h"
+#include "tools/tarnel/progress.h"
 #include "tools/tarnel/reportdata.h"
 #include "tools/tarnel/times.h"
 
@@ -86,7 +87,12 @@ void runReport(const Shared &shared, ReportOptions options)
         throw Obstacle("the report would replace the cache", "name another file: tarnel report -o report.html");
     NewFile file(options.output);
     file.stream() << page.substr(0, place);
-    const ReportSummary summary = writeReportData(file.stream(), cache, options.choice);
+    ReportSummary summary;
+    {
+        Progress progress;
+        summary = writeReportData(file.stream(), cache, options.choice,
+                                  [&](std::string_view step) { progress.show(fmt::format("checking {}", step)); });
+    }
     file.stream() << page.substr(place + placeOfData.size());
     cache.assertUnchanged();
     file.finish();

@@ -2,6 +2,7 @@
 
 #include "storage/database.h"
 #include "tools/tarnel/cachefile.h"
+#include "tools/tarnel/findings.h"
 #include "tools/tarnel/launchverdict.h"
 #include "tools/tarnel/query.h"
 #include "tools/tarnel/records.h"
@@ -144,8 +145,9 @@ std::string conditionOf(const ReportChoice &choice)
 class ReportWriter
 {
 public:
-    ReportWriter(std::ostream &out, CacheFile &cache, const ReportChoice &choice)
-        : m_out(out), m_rows(out), m_cache(cache), m_choice(choice)
+    ReportWriter(std::ostream &out, CacheFile &cache, const ReportChoice &choice,
+                 const std::function<void(std::string_view)> &onStep)
+        : m_out(out), m_rows(out), m_cache(cache), m_choice(choice), m_onStep(onStep)
     {
     }
 
@@ -165,7 +167,7 @@ public:
         writeMember("limits", m_summary.limits);
         writeMember("span", span());
         writeMember("facts", facts());
-        writeMember("findings", nullptr);
+        writeMember("findings", findings());
         m_out << '}';
         return m_summary;
     }
@@ -235,6 +237,14 @@ private:
         return first && last ? Json{*first, *last} : Json();
     }
 
+    [[nodiscard]] Json findings()
+    {
+        Json found = Json::array();
+        for (const Finding &finding : check(m_cache, m_onStep))
+            found.push_back(toJson(finding));
+        return found;
+    }
+
     [[nodiscard]] Json facts()
     {
         const Place &place = m_cache.place();
@@ -262,15 +272,17 @@ private:
     RowWriter m_rows;
     CacheFile &m_cache;
     const ReportChoice &m_choice;
+    const std::function<void(std::string_view)> &m_onStep;
     ReportSummary m_summary;
     bool m_isFirst = true;
 };
 
 } // namespace
 
-ReportSummary writeReportData(std::ostream &out, CacheFile &cache, const ReportChoice &choice)
+ReportSummary writeReportData(std::ostream &out, CacheFile &cache, const ReportChoice &choice,
+                              const std::function<void(std::string_view)> &onStep)
 {
-    return ReportWriter(out, cache, choice).write();
+    return ReportWriter(out, cache, choice, onStep).write();
 }
 
 } // namespace tool

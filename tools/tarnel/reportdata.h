@@ -1,9 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <ostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tool {
@@ -28,7 +30,8 @@ struct ReportSummary {
 };
 
 /// Writes the data of a report, as `tools/report/src/data.js` describes them, such that they can stand in a script
-/// element. The rows are written as they are read.
-ReportSummary writeReportData(std::ostream &out, CacheFile &cache, const ReportChoice &choice);
+/// element. The rows are written as they are read. `onStep` is told what is being checked.
+ReportSummary writeReportData(std::ostream &out, CacheFile &cache, const ReportChoice &choice,
+                              const std::function<void(std::string_view)> &onStep);
 
 } // namespace tool

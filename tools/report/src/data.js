@@ -11,12 +11,13 @@
  */
 
 /**
- * What `tarnel check` found.
+ * What `tarnel check` found, as it says it with --json.
  * @typedef {object} Finding
- * @property {'note'|'suspicious'|'broken'} level
- * @property {string} text
- * @property {number} [count] how many rows it concerns
- * @property {string} [show] the value of the filter "Show" that shows the events it concerns
+ * @property {'note'|'suspicious'|'broken'} severity
+ * @property {string} subject a table, a column, or "file"
+ * @property {number} count
+ * @property {string} what
+ * @property {string[]} examples identifiers of some of the rows
  */
 
 /**
@@ -29,7 +30,7 @@
  * @property {string[]} limits what the page does not hold, in sentences
  * @property {[number, number]|null} span the first and the last time of the events in the file
  * @property {[string, string][]} facts about the file, each a name and a value
- * @property {Finding[]|null} findings null if the file was not checked
+ * @property {Finding[]} findings the worst first
  * @property {Object<string, Table>} tables by their names
  */
 

@@ -1,5 +1,6 @@
 // The filters above the page, which go for all of its parts.
 import { at, element } from './elements.js';
+import { columns } from './events.js';
 import * as palette from './palette.js';
 import { chosenClasses } from './selection.js';
 import * as state from './state.js';
@@ -81,8 +82,8 @@ export class Filters {
     #drawChips() {
         const chips = ['device', 'operator'].filter(key => state.get(key) !== '')
             .map(key => [key, `${key} ${state.get(key)}`]);
-        for (const column of state.columns('e'))
-            chips.push([`e.${column}`, `${column}: ${state.get(`e.${column}`)}`]);
+        for (const { field, title } of columns.filter(column => state.get(`e.${column.field}`) !== ''))
+            chips.push([`e.${field}`, `${title}: ${state.get(`e.${field}`)}`]);
         at('chips').replaceChildren(...chips.map(([key, text]) => {
             const chip = element('button', { type: 'button', aria: { label: `Remove the filter ${text}` } }, text);
             chip.addEventListener('click', () => state.set({ [key]: '' }));

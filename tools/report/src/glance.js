@@ -8,7 +8,25 @@ const tiles = [
     ['Contracts', 'contracts', 'contracts'], ['Organizations', 'organizations', null], ['Events', 'events', 'events'],
 ];
 
-const levels = { note: 'Note', suspicious: 'Suspicious', broken: 'Broken' };
+/** So many findings, the worst, are shown at once. */
+const mostFindings = 8;
+
+const severities = { note: 'Note', suspicious: 'Suspicious', broken: 'Broken' };
+
+/** A finding; the events that are its examples can be shown. */
+function findingItem({ severity, subject, count, what, examples }, onShow) {
+    const all = count > examples.length ? `${examples.join(', ')}, …` : examples.join(', ');
+    const item = element('li', { className: severity }, element('strong', {}, severities[severity]),
+        element('span', {}, element('b', {}, `${amount(count)} ${subject}`), ': ', named(what),
+            examples.length > 0 ? element('span', { className: 'quiet examples' }, named(all)) : null));
+    if (subject === 'Events' && examples.length > 0) {
+        const button = element('button', { type: 'button', aria: { label: `Show examples: ${what}` } },
+            count > examples.length ? `Show ${examples.length}` : 'Show');
+        button.addEventListener('click', () => onShow(examples));
+        item.append(button);
+    }
+    return item;
+}
 
 /** @param {import('./data.js').Report} report */
 export function showGlance(report, onShow) {
@@ -21,22 +39,15 @@ export function showGlance(report, onShow) {
         const jump = part ? element('a', { href: `#${part}`, data: { jump: part } }, name) : name;
         return element('div', {}, element('dt', {}, jump), element('dd', { data: { count: table } }, value));
     }));
-    const findings = (report.findings ?? []).map(({ level, text, count, show }) => {
-        const item = element('li', { className: level }, element('strong', {}, levels[level]),
-            element('span', {}, named(text), count === undefined ? '' : ` (${amount(count)})`));
-        if (show) {
-            const button = element('button', { type: 'button' }, 'Show');
-            button.addEventListener('click', () => onShow(show));
-            item.append(button);
-        }
-        return item;
-    });
-    if (findings.length === 0) {
-        const [word, text] = report.findings ? ['Sound', 'Nothing was found.'] : ['–', 'The file was not checked.'];
-        findings.push(element('li', { className: report.findings ? 'sound' : 'note' }, element('strong', {}, word),
-            element('span', {}, text)));
-    }
+    const findings = report.findings.map(finding => findingItem(finding, onShow));
+    if (findings.length === 0)
+        findings.push(element('li', { className: 'sound' }, element('strong', {}, 'Sound'),
+            element('span', {}, 'Nothing was found.')));
+    const rest = findings.splice(mostFindings);
     at('findings').replaceChildren(...findings);
+    if (rest.length > 0)
+        at('findings').after(element('details', {}, element('summary', {}, `${amount(rest.length)} more`),
+            element('ul', { className: 'findings' }, ...rest)));
     showTimes(report);
     at('caps').textContent = report.limits.join(' ');
     at('caps').hidden = report.limits.length === 0;

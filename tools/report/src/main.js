@@ -27,8 +27,9 @@ const readTimes = () => setDates(couldBeDates && state.get('times') !== 'numbers
 readTimes();
 
 palette.setClasses(centre.events);
-showGlance(report, show => {
-    state.set({ show });
+showGlance(report, examples => {
+    state.reset();
+    state.set({ 'e.Id': examples.join(',') });
     at('events').scrollIntoView();
 });
 const filters = new Filters(centre);

@@ -19,8 +19,10 @@ export function matcher(typed, kind) {
     if (text === '–' || text === '-')
         return value => value === null || value === '';
     if (kind === 'number') {
-        const [low, high = low] = text.split('..').map(part => (part === '' ? NaN : Number(part)));
-        return value => value !== null && !(value < low) && !(value > high) && (!Number.isNaN(low) || !Number.isNaN(high));
+        const ranges = text.split(',').map(range => range.split('..').map(end => (end.trim() === '' ? NaN : Number(end))));
+        const holds = (value, [low, high = low]) =>
+            !(value < low) && !(value > high) && (!Number.isNaN(low) || !Number.isNaN(high));
+        return value => value !== null && ranges.some(range => holds(value, range));
     }
     if (kind === 'flag')
         return value => value !== null && (Number(value) !== 0) === /^(y|1|t)/i.test(text);

@@ -41,10 +41,6 @@ export function number(key) {
     return get(key) === '' || !Number.isFinite(value) ? null : value;
 }
 
-/** @returns {string[]} the columns of a grid that are filtered */
-export const columns = grid =>
-    Object.keys(state).filter(key => key.startsWith(`${grid}.`)).map(key => key.slice(grid.length + 1));
-
 /** Changes some of it; an empty value takes the choice away. */
 export function set(changes) {
     for (const [key, value] of Object.entries(changes)) {
