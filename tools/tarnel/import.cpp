@@ -128,12 +128,13 @@ public:
         m_file.open(path);
         if (!m_file)
             throw Obstacle(fmt::format("{} cannot be read", path.string()), "name what `tarnel export` has written");
-        m_size = std::filesystem::file_size(path);
+        if (std::filesystem::is_regular_file(path))
+            m_size = std::filesystem::file_size(path);
     }
 
     bool next(std::string &line)
     {
-        const bool isRead = static_cast<bool>(std::getline(m_size > 0 ? m_file : std::cin, line));
+        const bool isRead = static_cast<bool>(std::getline(m_file.is_open() ? m_file : std::cin, line));
         m_read += line.size() + 1;
         return isRead;
     }
