@@ -84,7 +84,12 @@ with tempfile.TemporaryDirectory() as directory:
         "whole": report(path, "whole.html"),
         "last": report(path, "last.html", "--last", "300", "--from", str(START + 97 * 100)),
     }
-    after = path.read_bytes(), path.stat().st_mtime_ns, sorted(set(os.listdir(directory)) - {"whole.html", "last.html"})
+    report(path, "redacted.html", "--redact")
+    data = lambda name: (path.parent / name).read_text().split('id="data">')[1].split("</script>")[0]
+    whole, redacted = data("whole.html"), data("redacted.html")
+    for text in ("calc", "onerror", "line\u2028", "\u05d0\u05d1", "{a|b}", "53.001,15.001"):
+        assert text in whole and text not in redacted, f"what is personal is not masked: {text}"
+    after = path.read_bytes(), path.stat().st_mtime_ns, sorted(name for name in os.listdir(directory) if not name.endswith(".html"))
     assert before == after, "the tool has touched the cache"
     assert pages["last"]["events"] == 300 and len(pages["last"]["limits"]) == 2, pages["last"]
     assert (Path(directory) / "whole.html").stat().st_mode & 0o077 == 0, "others can read the report"

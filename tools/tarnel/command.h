@@ -47,8 +47,12 @@ inline void addFile(CLI::App &command, Shared &shared)
 
 void addCheck(CLI::App &app, Shared &shared);
 void addEvents(CLI::App &app, Shared &shared);
+void addExport(CLI::App &app, Shared &shared);
+void addImport(CLI::App &app, Shared &shared);
 void addInfo(CLI::App &app, Shared &shared);
+void addRedact(CLI::App &app, Shared &shared);
 void addReport(CLI::App &app, Shared &shared);
 void addShow(CLI::App &app, Shared &shared);
+void addStats(CLI::App &app, Shared &shared);
 
 } // namespace tool

@@ -50,7 +50,11 @@ int run(int argc, char **argv)
     addCheck(app, shared);
     addShow(app, shared);
     addEvents(app, shared);
+    addStats(app, shared);
     addReport(app, shared);
+    addExport(app, shared);
+    addImport(app, shared);
+    addRedact(app, shared);
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success &asked) { // For help, or for the version.

@@ -73,7 +73,8 @@ Json toJson(const lib::ApiOf<Record> &structure)
     Json json = Json::object();
     lib::forEachField<Record>([&]<class Row>(const Row &row) {
         if constexpr (lib::is<Row, lib::Id>) {
-            json[row.key.empty() ? "id" : std::string(row.key)] = structure.*row.apiMember;
+            if (!row.key.empty()) // Else it is that of the record around it.
+                json[std::string(row.key)] = structure.*row.apiMember;
         } else if constexpr (lib::is<Row, lib::Column>) {
             if (structure.*row.apiMember != nullptr)
                 json[std::string(row.key)] = toJson(structure.*row.apiMember);

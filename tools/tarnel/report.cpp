@@ -121,6 +121,7 @@ void addReport(CLI::App &app, Shared &shared)
         ->capture_default_str();
     command->add_option("--from", options->from, "Events from this time on: a number, or a date in UTC");
     command->add_option("--to", options->to, "Events up to this time");
+    command->add_flag("--redact", options->choice.isRedacted, "Mask texts, phones and coordinates");
     command->callback([&shared, options] { runReport(shared, *options); });
 }
 

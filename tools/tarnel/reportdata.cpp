@@ -4,6 +4,7 @@
 #include "tools/tarnel/cachefile.h"
 #include "tools/tarnel/findings.h"
 #include "tools/tarnel/launchverdict.h"
+#include "tools/tarnel/masking.h"
 #include "tools/tarnel/query.h"
 #include "tools/tarnel/records.h"
 
@@ -11,6 +12,7 @@
 
 #include <cmath>
 #include <ctime>
+#include <span>
 
 namespace tool {
 
@@ -44,15 +46,19 @@ class RowWriter
 public:
     explicit RowWriter(std::ostream &out) : m_out(out) {}
 
-    std::uint64_t write(Query &&query, int columns)
+    std::uint64_t write(Query &&query, std::span<const Masking> columns)
     {
         std::uint64_t rows = 0;
         for (; query.next(); ++rows) {
             m_out << (rows == 0 ? "[" : ",\n[");
-            for (int i = 0; i < columns; ++i) {
+            for (int i = 0; const Masking masking : columns) {
                 if (i > 0)
                     m_out << ',';
-                writeValue(query, i);
+                if (masking == Masking::Kept || query.isNull(i))
+                    writeValue(query, i);
+                else
+                    writeMasked(query, i, masking);
+                ++i;
             }
             m_out << ']';
         }
@@ -79,6 +85,17 @@ private:
         default:
             writeText(query.bytes(column));
         }
+    }
+
+    /// What is there, and is personal.
+    void writeMasked(const Query &query, int column, Masking masking)
+    {
+        if (masking == Masking::Text)
+            writeText(maskText(query.bytes(column)));
+        else if (masking == Masking::Number)
+            writeDouble(maskNumber(sqlite3_value_double(query.row().cell(column))));
+        else
+            writeDouble(maskCoordinate(query.number(0), column + 1));
     }
 
     void writeInteger(std::int64_t number)
@@ -115,18 +132,21 @@ private:
     std::uint64_t m_shortened = 0;
 };
 
-/// The names of a table's columns, as SQL and as the page has them.
+/// A table's columns, as SQL and as the page has them, and what becomes of their values.
 template <class Record>
 struct Columns {
     std::string sql;
     Json fields = Json::array();
+    std::vector<Masking> maskings;
 
-    Columns()
+    explicit Columns(bool isRedacted)
     {
         for (const lib::ModelField &field : lib::modelFields<Record>) {
             sql += (sql.empty() ? "" : ",") + field.column();
             fields.push_back(field.field);
         }
+        lib::forEachColumn<Record>(
+            [&](const auto &row) { maskings.push_back(isRedacted ? maskingOf<Record>(row) : Masking::Kept); });
     }
 };
 
@@ -163,7 +183,7 @@ public:
         writeMember("made", std::time(nullptr));
         writeMember("version",
                     fmt::format("{}.{}.{}", TARNEL_VERSION_MAJOR, TARNEL_VERSION_MINOR, TARNEL_VERSION_PATCH));
-        writeMember("redacted", false);
+        writeMember("redacted", m_choice.isRedacted);
         writeMember("limits", m_summary.limits);
         writeMember("span", span());
         writeMember("facts", facts());
@@ -178,7 +198,7 @@ private:
     {
         constexpr bool isEvent = std::is_same_v<Record, lib::Event>;
         constexpr std::string_view table = lib::Schema<Record>::table;
-        const Columns<Record> columns;
+        const Columns<Record> columns(m_choice.isRedacted);
         const std::string condition = isEvent ? conditionOf(m_choice) : std::string();
         const std::uint64_t count = countOf(table, "");
         const std::uint64_t chosen = condition.empty() ? count : countOf(table, condition);
@@ -191,8 +211,7 @@ private:
         m_isFirst = false;
         m_out << fmt::format(R"("{}":{{"fields":{},"count":{},"chosen":{},"rows":[)", table, columns.fields.dump(),
                              count, chosen);
-        const std::uint64_t rows =
-            m_rows.write(Query(m_cache.connection(), query), static_cast<int>(lib::modelFields<Record>.size()));
+        const std::uint64_t rows = m_rows.write(Query(m_cache.connection(), query), columns.maskings);
         m_out << "]}\n";
         if constexpr (isEvent) {
             m_summary.events = rows;
@@ -255,7 +274,7 @@ private:
         };
         std::optional<lib::Text> text;
         if (lib::Database::getServerIp(m_cache.connection(), text) && text)
-            add("Server", tarnel::utf8(text->view()));
+            add("Server", m_choice.isRedacted ? maskText(tarnel::utf8(text->view())) : tarnel::utf8(text->view()));
         text.reset();
         if (lib::Database::getVersion(m_cache.connection(), text) && text)
             add("Version of the tables", tarnel::utf8(text->view()));

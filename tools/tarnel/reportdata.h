@@ -21,6 +21,7 @@ struct ReportChoice {
     std::int64_t last = usualEvents;
     std::optional<std::int64_t> from; ///< Of their times, both ends included.
     std::optional<std::int64_t> to;
+    bool isRedacted = false; ///< What is personal is masked, as in a redacted file.
 };
 
 /// What went into a report.

@@ -232,8 +232,7 @@ void addShow(CLI::App &app, Shared &shared)
     const auto options = std::make_shared<ShowOptions>();
     CLI::App *const command =
         app.add_subcommand("show", "Records as a client is handed them out: lists, or all of some");
-    command->add_option("KIND", options->kind, "sites, devices, sections, zones, users, ...: see `man tarnel`")
-        ->required();
+    command->add_option("KIND", options->kind, "One of " + allKinds())->required();
     command->add_option("ID", options->ids, "Identifiers; those of sections and zones begin with their device's");
     command->add_option("--where", options->condition, "KEY=VALUE: those with a value, by the keys of requests")
         ->check([](const std::string &text) {

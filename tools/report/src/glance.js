@@ -20,8 +20,8 @@ function findingItem({ severity, subject, count, what, examples }, onShow) {
         element('span', {}, element('b', {}, `${amount(count)} ${subject}`), ': ', named(what),
             examples.length > 0 ? element('span', { className: 'quiet examples' }, named(all)) : null));
     if (subject === 'Events' && examples.length > 0) {
-        const button = element('button', { type: 'button', aria: { label: `Show examples: ${what}` } },
-            count > examples.length ? `Show ${examples.length}` : 'Show');
+        const label = count > examples.length ? `Show ${examples.length}` : 'Show';
+        const button = element('button', { type: 'button', aria: { label: `${label}: ${what}` } }, label);
         button.addEventListener('click', () => onShow(examples));
         item.append(button);
     }

@@ -121,7 +121,9 @@ export class Grid {
         });
         this.#table.on('tableBuilt', () => {
             this.#isBuilt = true;
-            place.querySelector('.tabulator-tableholder').setAttribute('aria-label', label);
+            inside.setAttribute('aria-label', label);
+            // What scrolls is no part of a grid. Browsers let it be scrolled by keys all the same.
+            inside.querySelector('.tabulator-tableholder').removeAttribute('tabindex');
         });
     }
 
