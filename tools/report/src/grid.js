@@ -122,8 +122,9 @@ export class Grid {
         this.#table.on('tableBuilt', () => {
             this.#isBuilt = true;
             inside.setAttribute('aria-label', label);
-            // What scrolls is no part of a grid. Browsers let it be scrolled by keys all the same.
-            inside.querySelector('.tabulator-tableholder').removeAttribute('tabindex');
+            // What scrolls is reached by keys: it is the group of rows then, as a grid has nothing else.
+            inside.querySelector('.tabulator-tableholder').setAttribute('role', 'rowgroup');
+            inside.querySelector('.tabulator-table').setAttribute('role', 'presentation');
         });
     }
 
