@@ -124,7 +124,7 @@ class ToolTest(unittest.TestCase):
             DELETE FROM Persons WHERE PersonsId IN (SELECT OrganizationsContactId FROM Organizations LIMIT 1);
             INSERT INTO Sections (SectionsDeviceId, SectionsSectionId, SectionsName) VALUES (3, 1, 'Lost');
             INSERT INTO Zones (ZonesDeviceId, ZonesSectionId, ZonesZoneId, ZonesName) VALUES (3, 9, 4, 'L'), (100001, 99, 98, '');
-            UPDATE Users SET UsersRoles = 1.8446744073709552e19, UsersPhone = 4294967295.0 WHERE UsersId = 101;
+            UPDATE Users SET UsersRoles = 1.844674407370955e19, UsersPhone = 4294967295.0 WHERE UsersId = 101;
             UPDATE Users SET UsersName = CAST(x'61ED9FBFEDA080' AS TEXT), UsersLogin = CAST(x'EFBBBF62' AS TEXT),
                 UsersContacts = 'a' || char(0, 8232, 65535, 127, 128273) || '"\\' WHERE UsersId = 102;
             UPDATE Sites SET SitesContractId = -7, SitesName = '' WHERE SitesId = 10001;
