@@ -39,5 +39,8 @@ for client in "$work/build/cclient" "$work/build/cxxclient" "$work/build/pkgccli
     "$work/build/wrapper" "$python"; do
     timeout 60 $client || { echo "$client has failed"; exit 1; }
     test "$(ls)" = CacheDb
+    # The support tool is built unless it was left out.
+    [ ! -x "$prefix/bin/tarnel" ] || "$prefix/bin/tarnel" info >info
+    rm -f info
     rm CacheDb
 done

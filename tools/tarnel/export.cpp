@@ -68,7 +68,7 @@ public:
         for (Query rows(m_connection, fmt::format("SELECT DISTINCT {0} FROM {1} WHERE {0} NOT IN (SELECT {2} FROM {3})",
                                                   contact, organizations, person, persons));
              rows.next();) {
-            writeMadeUp(fmt::format(",\"contact\":{{\"id\":{}}}", rows.number(0)));
+            writeMadeUp(fmt::format(R"(,"contact":{{"id":{}}})", rows.number(0)));
             deleteMadeUp();
         }
         bool isAny = false;
@@ -76,7 +76,7 @@ public:
                                           fmt::format(" WHERE {0} NOT IN (SELECT {1} FROM {2} WHERE {1} IS NOT NULL)",
                                                       person, contact, organizations));
              rows.next(); isAny = true)
-            writeMadeUp(fmt::format(",\"contact\":{}", m_writer.object<lib::Person>(rows.row())));
+            writeMadeUp(fmt::format(R"(,"contact":{})", m_writer.object<lib::Person>(rows.row())));
         if (isAny) {
             writeMadeUp("");
             deleteMadeUp();

@@ -177,11 +177,14 @@ private:
                 else
                     column = lib::columnOf(row.identifier);
                 const std::string other = lowered(kindName<Other>);
+                const bool isNumberShown =
+                    lib::is<Row, lib::Reference> && row.uncached == lib::Uncached::IdentifierAlone;
                 const bool isZeroNone = row.zero == lib::Zero::IsNone;
                 addMissing<Record>(
                     Severity::Suspicious, lib::sql::joinOf(lib::modelFields<Other>, {column}),
                     fmt::format("{} IS NOT NULL{}", column, isZeroNone ? " AND " + column + " <> 0" : ""),
-                    fmt::format("the {} that they name is not stored: they are shown without it", other));
+                    fmt::format("the {} that they name is not stored: they are shown {}", other,
+                                isNumberShown ? "with its identifier alone" : "without it"));
                 addWhere<Record>(Severity::Note,
                                  fmt::format("{} IS NULL{}", column, isZeroNone ? " OR " + column + " = 0" : ""),
                                  fmt::format("they name no {}", other));

@@ -158,10 +158,11 @@ void importAll(Lines &lines, std::uint64_t done)
     Progress progress;
     std::string line;
     for (std::uint64_t number = 1; lines.next(line); ++number) {
+        if (isInterrupted != 0)
+            throw Obstacle(fmt::format("interrupted before line {}", std::max(number, done + 1)),
+                           "type the same again: it goes on there");
         if (number <= done || line.empty())
             continue;
-        if (isInterrupted != 0)
-            throw Obstacle(fmt::format("interrupted before line {}", number), "type the same again: it goes on there");
         try {
             importLine(line);
         } catch (const Obstacle &obstacle) {

@@ -83,6 +83,7 @@ std::vector<ValueFinding> checkValuesOf(lib::Connection &connection, std::size_t
         });
     }
     std::vector<ValueFinding> findings;
+    findings.reserve(found.size());
     for (auto &[place, finding] : found)
         findings.push_back(std::move(finding));
     return findings;
