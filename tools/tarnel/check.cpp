@@ -30,7 +30,7 @@ fmt::text_style styleOf(Severity severity)
     return fmt::fg(fmt::terminal_color::red);
 }
 
-Json toJson(const std::vector<Finding> &findings)
+Json findingsJson(const std::vector<Finding> &findings)
 {
     Json list = Json::array();
     for (const Finding &finding : findings)
@@ -38,7 +38,7 @@ Json toJson(const std::vector<Finding> &findings)
     return {{"verdict", verdictOf(findings)}, {"findings", list}};
 }
 
-void writeForPeople(const std::vector<Finding> &findings)
+void writeFindings(const std::vector<Finding> &findings)
 {
     for (const Finding &finding : findings) {
         output::print("{} {} {}: {}\n",
@@ -61,9 +61,9 @@ void runCheck(Shared &shared)
     }
     cache.assertUnchanged();
     if (shared.isJson)
-        output::writeJson(toJson(findings));
+        output::writeJson(findingsJson(findings));
     else
-        writeForPeople(findings);
+        writeFindings(findings);
     const Severity worst = worstOf(findings);
     if (worst != Severity::Note)
         shared.status = worst == Severity::Broken ? status::broken : status::suspicious;

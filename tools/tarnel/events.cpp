@@ -72,7 +72,7 @@ void writeHeadings()
     writeLine(output::styled(fmt::emphasis::bold, line));
 }
 
-void writeForPeople(const Json &event, bool isUnixTime)
+void writeEvent(const Json &event, bool isUnixTime)
 {
     const bool isHidden = event.contains("hidden");
     const bool isAffecting = event.contains("affect") && event["affect"] == 1;
@@ -93,7 +93,7 @@ std::uint64_t writeEvents(CacheFile &cache, const EventFilter &filter, const Sha
         if (shared.isJson)
             output::writeJson(query.event(), false);
         else
-            writeForPeople(query.event(), shared.isUnixTime);
+            writeEvent(query.event(), shared.isUnixTime);
     }
     return count;
 }

@@ -39,7 +39,7 @@ public:
             items.clear();
             size = 0;
         };
-        for (Query rows(m_connection, RequestWriter::select<Record>() + " ORDER BY rowid"); rows.next();) {
+        for (Query rows(m_connection, selectRows<Record>() + " ORDER BY rowid"); rows.next();) {
             items += (size++ > 0 ? "," : "") + m_writer.object<Record>(rows.row());
             m_progress.show("exporting", ++m_done, m_all);
             if (size == recordsOfLine)
@@ -52,7 +52,7 @@ public:
     template <class Part, class Owner>
     void writeLostParts()
     {
-        for (Query rows(m_connection, RequestWriter::select<Part>() + missing<Part, Owner>()); rows.next();)
+        for (Query rows(m_connection, selectRows<Part>() + missing<Part, Owner>()); rows.next();)
             output::print("{{\"call\":\"update{}\",\"request\":{{\"D\":{}}}}}\n", kindName<Part>,
                           m_writer.object<Part>(rows.row(), RequestWriter::Parents::Named));
     }
@@ -72,7 +72,7 @@ public:
             deleteMadeUp();
         }
         bool isAny = false;
-        for (Query rows(m_connection, RequestWriter::select<lib::Person>() +
+        for (Query rows(m_connection, selectRows<lib::Person>() +
                                           fmt::format(" WHERE {0} NOT IN (SELECT {1} FROM {2} WHERE {1} IS NOT NULL)",
                                                       person, contact, organizations));
              rows.next(); isAny = true)

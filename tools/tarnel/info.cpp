@@ -101,7 +101,7 @@ std::string said(const Json &value)
     return value.is_string() ? output::safe(value.get<std::string>()) : "none";
 }
 
-void writeForPeople(const Json &info, const Place &place, bool isUnixTime)
+void writeInfo(const Json &info, const Place &place, bool isUnixTime)
 {
     std::string size = output::size(place.bytes);
     if (place.logBytes > 0)
@@ -144,7 +144,7 @@ void runInfo(Shared &shared)
     if (shared.isJson)
         output::writeJson(info);
     else
-        writeForPeople(info, cache.place(), shared.isUnixTime);
+        writeInfo(info, cache.place(), shared.isUnixTime);
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 #include "tools/tarnel/progress.h"
 #include "tools/tarnel/query.h"
 #include "tools/tarnel/records.h"
+#include "tools/tarnel/rows.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -54,16 +55,12 @@ void require(int code, sqlite3 *connection)
 template <class Record>
 void copyRows(lib::Connection &from, sqlite3 *to)
 {
-    std::string columns;
-    for (const lib::ModelField &field : lib::modelFields<Record>)
-        columns += fmt::format("{}{}", columns.empty() ? "" : ",", field.column());
     sqlite3_stmt *insert = nullptr;
     require(
         sqlite3_prepare_v2(to, lib::sql::insertOrReplace(lib::modelFields<Record>, 1).c_str(), -1, &insert, nullptr),
         to);
     const auto finalize = qScopeGuard([insert] { sqlite3_finalize(insert); });
-    for (Query rows(from, fmt::format("SELECT {} FROM {} ORDER BY rowid", columns, lib::Schema<Record>::table));
-         rows.next();) {
+    for (Query rows(from, selectRows<Record>() + " ORDER BY rowid"); rows.next();) {
         int column = 0;
         lib::forEachColumn<Record>([&]<class Row>(const Row &row) {
             sqlite3_value *const held = rows.row().cell(column++);

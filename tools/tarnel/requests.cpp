@@ -8,7 +8,7 @@ namespace tool {
 
 namespace {
 
-std::string number(double value)
+std::string decimal(double value)
 {
     constexpr double exact = 9007199254740992; // 2^53
     if (!std::isfinite(value))
@@ -46,7 +46,7 @@ std::string requestValue(sqlite3_value *held, bool isText)
     if (type == SQLITE_NULL)
         return {};
     if (!isText)
-        return type == SQLITE_INTEGER ? std::to_string(sqlite3_value_int64(held)) : number(sqlite3_value_double(held));
+        return type == SQLITE_INTEGER ? std::to_string(sqlite3_value_int64(held)) : decimal(sqlite3_value_double(held));
     const auto *const first = reinterpret_cast<const char *>(sqlite3_value_text(held));
     const std::string_view bytes(first, static_cast<std::size_t>(sqlite3_value_bytes(held)));
     std::string text = isUnicode(bytes) ? Json(bytes).dump() : escaped(bytes);

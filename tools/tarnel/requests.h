@@ -2,6 +2,7 @@
 
 #include "tools/tarnel/query.h"
 #include "tools/tarnel/records.h"
+#include "tools/tarnel/rows.h"
 
 #include <functional>
 
@@ -17,20 +18,10 @@ class RequestWriter
 public:
     explicit RequestWriter(lib::Connection &connection) : m_connection(connection) {}
 
-    /// The columns of a record's table, to be read by a statement for `object`.
-    template <class Record>
-    static std::string select()
-    {
-        std::string columns;
-        for (const lib::ModelField &field : lib::modelFields<Record>)
-            columns += fmt::format("{}{}", columns.empty() ? "" : ",", field.column());
-        return fmt::format("SELECT {} FROM {}", columns, lib::Schema<Record>::table);
-    }
-
     enum class Parents { Left, Named };
 
-    /// The object of the row on which a statement stands; `Named` gives it the keys of what encloses it, for a request
-    /// of its own.
+    /// The object of the row on which a statement for `selectRows` stands; `Named` gives it the keys of what encloses
+    /// it, for a request of its own.
     template <class Record>
     std::string object(const lib::Statement &row, Parents parents = Parents::Left)
     {
@@ -78,7 +69,7 @@ private:
     template <class Record>
     lib::Query prepare(lib::Numbers identifiers)
     {
-        return m_connection.prepareFor<Record>(identifiers, [] { return select<Record>(); });
+        return m_connection.prepareFor<Record>(identifiers, [] { return selectRows<Record>(); });
     }
 
     /// The objects of the rows that share identifiers, in brackets; empty if there are none.

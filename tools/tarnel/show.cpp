@@ -191,6 +191,7 @@ void writeTable(const Json &records)
     output::Table table(keys);
     for (const Json &record : records) {
         std::vector<std::string> cells;
+        cells.reserve(keys.size());
         for (const std::string &key : keys)
             cells.push_back(record.contains(key) ? output::safe(shown(record[key]), most) : "");
         table.add(std::move(cells));

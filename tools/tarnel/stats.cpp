@@ -87,7 +87,7 @@ std::vector<std::pair<std::int64_t, std::uint64_t>> busiest(const Counts &counts
     return devices;
 }
 
-Json toJson(const Counts &counts, const std::optional<Pruning> &pruning, std::size_t top)
+Json statsJson(const Counts &counts, const std::optional<Pruning> &pruning, std::size_t top)
 {
     const auto list = [](const auto &rows, const char *name) {
         Json json = Json::array();
@@ -127,7 +127,7 @@ void writeBars(const std::string &heading, const Rows &rows, const Name &name)
     output::write("\n");
 }
 
-void writeForPeople(const Counts &counts, const std::optional<Pruning> &pruning, std::size_t top, bool isUnixTime)
+void writeStats(const Counts &counts, const std::optional<Pruning> &pruning, std::size_t top, bool isUnixTime)
 {
     const auto number = [](std::int64_t value) { return std::to_string(value); };
     std::vector<std::pair<std::int64_t, std::uint64_t>> hours;
@@ -155,9 +155,9 @@ void runStats(Shared &shared, const StatsOptions &options)
         pruning = prune(cache.connection(), parseTime(options.pruneAt));
     cache.assertUnchanged();
     if (shared.isJson)
-        output::writeJson(toJson(counts, pruning, options.top));
+        output::writeJson(statsJson(counts, pruning, options.top));
     else
-        writeForPeople(counts, pruning, options.top, shared.isUnixTime);
+        writeStats(counts, pruning, options.top, shared.isUnixTime);
 }
 
 } // namespace

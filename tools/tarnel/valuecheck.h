@@ -2,6 +2,7 @@
 
 #include "tools/tarnel/query.h"
 #include "tools/tarnel/records.h"
+#include "tools/tarnel/rows.h"
 
 #include <limits>
 #include <map>
@@ -56,10 +57,7 @@ template <class Record>
 std::vector<ValueFinding> checkValuesOf(lib::Connection &connection, std::size_t mostExamples)
 {
     std::map<std::pair<int, const char *>, ValueFinding> found;
-    std::string columns;
-    for (const lib::ModelField &field : lib::modelFields<Record>)
-        columns += fmt::format("{}{}", columns.empty() ? "" : ",", field.column());
-    Query query(connection, fmt::format("SELECT {} FROM {}", columns, lib::Schema<Record>::table));
+    Query query(connection, selectRows<Record>());
     const auto note = [&](int position, const char *what) {
         const lib::ModelField &field = lib::modelFields<Record>.at(static_cast<std::size_t>(position));
         ValueFinding &finding = found[{position, what}];
