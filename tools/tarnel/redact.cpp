@@ -2,13 +2,11 @@
 #include "tools/tarnel/cachefile.h"
 #include "tools/tarnel/command.h"
 #include "tools/tarnel/masking.h"
+#include "tools/tarnel/newfile.h"
 #include "tools/tarnel/progress.h"
 #include "tools/tarnel/query.h"
 #include "tools/tarnel/records.h"
 #include "tools/tarnel/rows.h"
-
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace tool {
 
@@ -16,32 +14,6 @@ namespace {
 
 struct RedactOptions {
     std::filesystem::path output;
-};
-
-/// The file while it is being made: under another name, and gone if it does not come to its end.
-class NewFile
-{
-public:
-    explicit NewFile(const std::filesystem::path &path) : m_path(path), m_part(path.native() + ".part")
-    {
-        if (std::filesystem::exists(path))
-            throw Obstacle(fmt::format("{} is there already", path.string()), "name a new file: -o redacted/CacheDb");
-        ::unlink(m_part.c_str());
-        const int file = ::open(m_part.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, S_IRUSR | S_IWUSR);
-        if (file < 0)
-            throw std::system_error(errno, std::generic_category(), m_part.string());
-        ::close(file);
-    }
-    NewFile(const NewFile &) = delete;
-    NewFile &operator=(const NewFile &) = delete;
-    ~NewFile() { ::unlink(m_part.c_str()); }
-
-    [[nodiscard]] const std::filesystem::path &part() const { return m_part; }
-    void finish() const { std::filesystem::rename(m_part, m_path); }
-
-private:
-    std::filesystem::path m_path;
-    std::filesystem::path m_part;
 };
 
 void require(int code, sqlite3 *connection)
@@ -88,10 +60,13 @@ void runRedact(Shared &shared, const RedactOptions &options)
 {
     CacheFile cache(shared.file);
     cache.requireSound();
-    const NewFile file(options.output);
+    if (std::filesystem::exists(options.output))
+        throw Obstacle(fmt::format("{} is there already", options.output.string()),
+                       "name a new file: -o redacted/CacheDb");
+    NewFile file(options.output);
     {
         // Made anew, row by row: a copy would have the texts in the pages that deleted rows have left.
-        SQLite::Database made(file.part().native(), SQLite::OPEN_READWRITE);
+        SQLite::Database made(file.path(), SQLite::OPEN_READWRITE);
         lib::WriteConnection writer([] {});
         writer.attach(made.getHandle());
         const bool isMade = lib::Database::createTables(writer);

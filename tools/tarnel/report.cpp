@@ -1,65 +1,18 @@
 #include "tools/tarnel/cachefile.h"
 #include "tools/tarnel/command.h"
+#include "tools/tarnel/newfile.h"
 #include "tools/tarnel/output.h"
 #include "tools/tarnel/pagetemplate.h"
 #include "tools/tarnel/progress.h"
 #include "tools/tarnel/reportdata.h"
 #include "tools/tarnel/times.h"
 
-#include <cerrno>
 #include <fstream>
 #include <system_error>
-
-#include <cstdlib>
-#include <unistd.h>
 
 namespace tool {
 
 namespace {
-
-/// A file that takes the place of another when it is whole, and that nobody but its owner can read: a cache has names
-/// and phone numbers in it.
-class NewFile
-{
-public:
-    explicit NewFile(std::filesystem::path path) : m_path(std::move(path)), m_temporary(m_path.native() + ".XXXXXX")
-    {
-        const int descriptor = ::mkstemp(m_temporary.data());
-        if (descriptor < 0)
-            fail();
-        ::close(descriptor);
-        m_stream.open(m_temporary, std::ios::binary | std::ios::trunc);
-    }
-    NewFile(const NewFile &) = delete;
-    NewFile &operator=(const NewFile &) = delete;
-    ~NewFile()
-    {
-        if (!m_temporary.empty())
-            ::unlink(m_temporary.c_str());
-    }
-
-    [[nodiscard]] std::ostream &stream() { return m_stream; }
-
-    void finish()
-    {
-        m_stream.close();
-        if (!m_stream || ::rename(m_temporary.c_str(), m_path.c_str()) != 0)
-            fail();
-        m_temporary.clear();
-    }
-
-private:
-    [[noreturn]] void fail() const
-    {
-        const std::string reason = std::generic_category().message(errno);
-        throw Obstacle(fmt::format("{} cannot be written: {}", m_path.string(), reason),
-                       "name a file that you may write: tarnel report -o /tmp/report.html");
-    }
-
-    std::filesystem::path m_path;
-    std::string m_temporary;
-    std::ofstream m_stream;
-};
 
 struct ReportOptions {
     std::filesystem::path output = "report.html";
@@ -86,15 +39,19 @@ void runReport(const Shared &shared, ReportOptions options)
     if (std::filesystem::equivalent(options.output, cache.place().file, error))
         throw Obstacle("the report would replace the cache", "name another file: tarnel report -o report.html");
     NewFile file(options.output);
-    file.stream() << page.substr(0, place);
+    std::ofstream stream(file.path(), std::ios::binary);
+    stream << page.substr(0, place);
     ReportSummary summary;
     {
         Progress progress;
-        summary = writeReportData(file.stream(), cache, options.choice,
+        summary = writeReportData(stream, cache, options.choice,
                                   [&](std::string_view step) { progress.show(fmt::format("checking {}", step)); });
     }
-    file.stream() << page.substr(place + placeOfData.size());
+    stream << page.substr(place + placeOfData.size());
     cache.assertUnchanged();
+    stream.close();
+    if (!stream)
+        throw Obstacle(fmt::format("{} cannot be written", options.output.string()), "the disk is full, perhaps");
     file.finish();
     if (shared.isJson) {
         output::writeJson(

@@ -7,6 +7,7 @@
 #include "tools/tarnel/masking.h"
 #include "tools/tarnel/query.h"
 #include "tools/tarnel/records.h"
+#include "tools/tarnel/rows.h"
 
 #include <tarnel/diagnostics.h>
 
@@ -132,19 +133,16 @@ private:
     std::uint64_t m_shortened = 0;
 };
 
-/// A table's columns, as SQL and as the page has them, and what becomes of their values.
+/// A table's columns as the page has them, and what becomes of their values.
 template <class Record>
 struct Columns {
-    std::string sql;
     Json fields = Json::array();
     std::vector<Masking> maskings;
 
     explicit Columns(bool isRedacted)
     {
-        for (const lib::ModelField &field : lib::modelFields<Record>) {
-            sql += (sql.empty() ? "" : ",") + field.column();
+        for (const lib::ModelField &field : lib::modelFields<Record>)
             fields.push_back(field.field);
-        }
         lib::forEachColumn<Record>(
             [&](const auto &row) { maskings.push_back(isRedacted ? maskingOf<Record>(row) : Masking::Kept); });
     }
@@ -202,7 +200,7 @@ private:
         const std::string condition = isEvent ? conditionOf(m_choice) : std::string();
         const std::uint64_t count = countOf(table, "");
         const std::uint64_t chosen = condition.empty() ? count : countOf(table, condition);
-        std::string query = fmt::format("SELECT {} FROM {}{}", columns.sql, table, condition);
+        std::string query = selectRows<Record>() + condition;
         if (isEvent)
             query += fmt::format(" ORDER BY {} DESC,rowid DESC", lib::columnOf(&lib::Event::time));
         query += fmt::format(" LIMIT {}", isEvent ? std::min(m_choice.last, mostEvents) : mostRows);
