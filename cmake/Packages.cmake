@@ -68,7 +68,11 @@ if(DOXYGEN AND DOXYGEN_AWESOME)
         SUMMARY "local cache of a monitoring service (documentation)"
         DESCRIPTION "${about}\n.\nThis is the guide for developers of clients, the reference of the functions, and\nJSON Schemas of the requests.")
 endif()
-# Here stands "tools" (tarnel-tools), as soon as something is installed as this component.
+if(TARNEL_TOOLS)
+    tarnel_package(tools NAME tarnel-tools SECTION utils DEPENDS "${library} (= ${PROJECT_VERSION})"
+        SUMMARY "local cache of a monitoring service (support tool)"
+        DESCRIPTION "${about}\n.\nThis is the command tarnel, which says what is in a cache, and why.")
+endif()
 
 include(CPack)
 

@@ -37,7 +37,8 @@ unsigned int countUsers()
     return users.size();
 }
 
-void run()
+/// The cache is left in a directory, if one is named.
+void run(const std::filesystem::path &leftIn)
 {
     const generator::Centre centre(1, {.sites = 200, .events = 12000});
     const TemporaryDirectory directory;
@@ -76,16 +77,18 @@ void run()
     }
     restart(directory, users);
     say("That is all. The temporary directory goes now; a real client keeps it.");
+    if (!leftIn.empty())
+        std::filesystem::copy_file(directory.path() / "CacheDb", leftIn / "CacheDb");
 }
 
 } // namespace
 
 } // namespace demo
 
-int main()
+int main(int count, char **arguments)
 {
     try {
-        demo::run();
+        demo::run(count > 1 ? std::filesystem::absolute(arguments[1]) : std::filesystem::path());
         return 0;
     } catch (const std::exception &failure) {
         std::cerr << "The demo failed: " << failure.what() << '\n';

@@ -1,6 +1,6 @@
 #include "storage/database.h"
 
-#include "storage/table.h"
+#include "storage/tables.h"
 
 namespace tarnelLib::controller {
 
@@ -14,34 +14,7 @@ constexpr const char *setIp = "INSERT OR REPLACE INTO Session (SessionId,Session
 constexpr const char *getIp = "SELECT * FROM Session";
 constexpr const char *createVersion = "CREATE TABLE Version (VersionId INTEGER PRIMARY KEY,VersionNumber VARCHAR(255))";
 constexpr const char *setVersion = "INSERT OR REPLACE INTO Version (VersionId,VersionNumber)VALUES (0,?)";
-constexpr const char *getVersion = "SELECT VersionNumber FROM Version WHERE VersionId = 0";
-
-/// The table of a kind, with what is logged when it cannot be created or cleared.
-template <class Record>
-struct KindTable {
-    const char *createMessage;
-    const char *clearMessage;
-};
-
-/// In the order of creation.
-constexpr std::tuple tables = {
-    KindTable<User>{"create table users error", "clear users error"},
-    KindTable<Domain>{"create table domains error", "clear domains error"},
-    KindTable<Organization>{"create table orgs error", "clear orgs error"},
-    KindTable<Locale>{"create table locales error", "clear locales error"},
-    KindTable<Person>{"create table persons error", "clear persons error"},
-    KindTable<Contractor>{"create table contractors error", "clear contractors error"},
-    KindTable<Contract>{"create table contracts error", "clear contracts error"},
-    KindTable<Zone>{"create table zones error", "clear zones error"},
-    KindTable<Section>{"create table sections error", "clear sections error"},
-    KindTable<Device>{"create table devices error", "clear devices error"},
-    KindTable<Location>{"create table locations error", "clear locations error"},
-    KindTable<Site>{"create table sites error", "clear sites error"},
-    KindTable<DeviceUser>{"create table device users error", "clear deviceUsers error"},
-    KindTable<Event>{"create table events error", "clear events error"},
-    KindTable<DeviceUserSectionLink>{"create table DeviceUserSectionLinks error",
-                                     "clear deviceUsers-section links error"},
-};
+constexpr const char *selectVersion = "SELECT VersionNumber FROM Version WHERE VersionId = 0";
 
 /// A read of identifier 0 that runs if the table has what reads of the kind need.
 template <class Record>
@@ -85,12 +58,16 @@ bool Database::createTables(WriteConnection &writer)
     });
 }
 
+bool Database::getVersion(Connection &reader, std::optional<Text> &version)
+{
+    return reader.readFirst(reader.prepareText(selectVersion), "get version error",
+                            [&](const Statement &row) { version = row.readText(0); });
+}
+
 bool Database::isDbVersionActual(Connection &reader)
 {
     std::optional<Text> version;
-    return reader.readFirst(reader.prepareText(getVersion), "get version error",
-                            [&](const Statement &row) { version = row.readText(0); }) &&
-           version && version->view() == currentVersion;
+    return getVersion(reader, version) && version && version->view() == currentVersion;
 }
 
 bool Database::isTablesValid(Connection &reader)
@@ -103,7 +80,7 @@ bool Database::isTablesValid(Connection &reader)
     };
     return reader.inSnapshot([&] {
         return std::apply([&](const auto &...table) { return (probe(table) && ...); }, tables) &&
-               isReadable(reader.prepareText(getIp)) && isReadable(reader.prepareText(getVersion));
+               isReadable(reader.prepareText(getIp)) && isReadable(reader.prepareText(selectVersion));
     });
 }
 

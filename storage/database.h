@@ -17,6 +17,8 @@ class Database
 {
 public:
     [[nodiscard]] static bool createTables(WriteConnection &writer);
+    /// The version of the tables; absent if the file does not say it.
+    [[nodiscard]] static bool getVersion(Connection &reader, std::optional<Text> &version);
     /// True if the tables are those of this version.
     [[nodiscard]] static bool isDbVersionActual(Connection &reader);
     /// True if a read of every table runs, whatever it finds.

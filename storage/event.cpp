@@ -7,22 +7,6 @@ namespace tarnelLib::controller {
 
 namespace {
 
-/// The select of events with the names that they borrow. An inner join leaves out the events of unknown devices.
-std::string selectEvents(sql::JoinKind deviceJoin)
-{
-    const std::string device = columnOf(&Event::deviceId);
-    const std::string section = columnOf(&Event::sectionId);
-    sql::Selection selection = selectionOf<Event>();
-    selection.joins = {
-        sql::joinOf(modelFields<Device>, {device}, deviceJoin),
-        sql::joinOf(modelFields<Section>, {device, section}),
-        sql::joinOf(modelFields<Zone>, {device, section, columnOf(&Event::zoneId)}),
-        sql::joinOf(modelFields<User>, {columnOf(&Event::userId)}),
-        sql::joinOf(modelFields<Domain>, {columnOf(&User::domainId)}),
-    };
-    return sql::select(selection);
-}
-
 /// The select of events without what they borrow, which `EventNames` lends them.
 std::string selectBareEvents()
 {
@@ -94,7 +78,8 @@ Query prepareInRange(Connection &reader, InRange version, Numbers range)
             if (version == InRange::Count)
                 return "SELECT count(*) FROM (SELECT 1 FROM " + std::string(Schema<Event>::table) + condition +
                        " LIMIT " + std::to_string(manyEvents) + ")";
-            return (version == InRange::WithNames ? selectEvents(sql::JoinKind::Inner) : selectBareEvents()) +
+            return (version == InRange::WithNames ? sql::select(Table<Event>::selection(sql::JoinKind::Inner))
+                                                  : selectBareEvents()) +
                    condition;
         },
         static_cast<std::size_t>(version));
@@ -156,13 +141,29 @@ bool readBack(Connection &reader, std::span<const Event> events, Structures<Even
 {
     std::vector<quint32> identifiers(events.size());
     std::ranges::transform(events, identifiers.begin(), &Event::id);
-    Query query =
-        reader.prepare([] { return selectEvents(sql::JoinKind::Inner) + sql::whereIsListed(columnOf(&Event::id)); });
+    Query query = reader.prepare([] {
+        return sql::select(Table<Event>::selection(sql::JoinKind::Inner)) + sql::whereIsListed(columnOf(&Event::id));
+    });
     query->bindList(1, identifiers);
     return reader.readAll(std::move(query), stored, "get events by ids error");
 }
 
 } // namespace
+
+sql::Selection Table<Event>::selection(sql::JoinKind deviceJoin)
+{
+    const std::string device = columnOf(&Event::deviceId);
+    const std::string section = columnOf(&Event::sectionId);
+    sql::Selection selection = selectionOf<Event>();
+    selection.joins = {
+        sql::joinOf(modelFields<Device>, {device}, deviceJoin),
+        sql::joinOf(modelFields<Section>, {device, section}),
+        sql::joinOf(modelFields<Zone>, {device, section, columnOf(&Event::zoneId)}),
+        sql::joinOf(modelFields<User>, {columnOf(&Event::userId)}),
+        sql::joinOf(modelFields<Domain>, {columnOf(&User::domainId)}),
+    };
+    return selection;
+}
 
 bool Table<Event>::add(WriteConnection &writer, std::vector<Event> &&events, Structures<Event> &stored)
 {
@@ -186,14 +187,14 @@ bool Table<Event>::get(Connection &reader, Structures<Event> &found, Numbers ran
     if (!range.empty())
         return reader.inSnapshot([&] { return readInRange(reader, found, range); });
     return reader.readAll(reader.prepare([] {
-        return selectEvents(sql::JoinKind::Inner) + " WHERE " + columnOf(&Event::affect) + " = 1";
+        return sql::select(selection(sql::JoinKind::Inner)) + " WHERE " + columnOf(&Event::affect) + " = 1";
     }),
                           found, "get affect events error");
 }
 
 Query Table<Event>::prepareGetById(Connection &reader, quint32 id)
 {
-    return reader.prepareFor<Event>({&id, 1}, [] { return selectEvents(sql::JoinKind::Left); });
+    return reader.prepareFor<Event>({&id, 1}, [] { return sql::select(selection(sql::JoinKind::Left)); });
 }
 
 bool Table<Event>::isExists(Connection &reader, bool &isExists, Numbers identifiers)

@@ -83,6 +83,10 @@ public:
     /// The failure of the step that failed last.
     [[nodiscard]] const Failure &failure() const { return m_failure; }
 
+    /// The value in a column, fetched once for all that is asked of it. That needs no more protection than the
+    /// connection, which one thread at a time uses.
+    [[nodiscard]] sqlite3_value *cell(int column) const { return sqlite3_column_value(m_handle, column); }
+
     [[nodiscard]] bool isNull(int column) const { return sqlite3_value_type(cell(column)) == SQLITE_NULL; }
     void read(int column, quint32 &value) const { value = toNumber<quint32>(cell(column)); }
     /// Into an optional member of a structure, which stays null for NULL.
@@ -110,10 +114,6 @@ public:
     void reset();
 
 private:
-    /// The value in a column, fetched once for all that is asked of it. That needs no more protection than the
-    /// connection, which one thread at a time uses.
-    [[nodiscard]] sqlite3_value *cell(int column) const { return sqlite3_column_value(m_handle, column); }
-
     template <class Value>
     static Value toNumber(sqlite3_value *held)
     {

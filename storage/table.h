@@ -68,6 +68,9 @@ public:
     [[nodiscard]] static bool removeAffectFlag(WriteConnection &writer, quint32 id, Structures<Event> &stored);
     [[nodiscard]] static bool clearBeforeDateExceptAffects(WriteConnection &writer, quint32 date);
 
+    /// What a read of events selects, with the names that they borrow. An inner join leaves out the events of unknown
+    /// devices.
+    static sql::Selection selection(sql::JoinKind deviceJoin);
     /// The statement that reads an event, of whatever device.
     static Query prepareGetById(Connection &reader, quint32 id);
 };

@@ -19,3 +19,5 @@ if find "$work/prefix" ! -type d -o -iname '*tarnel*' | grep .; then
     exit 1
 fi
 "$(dirname "$0")/installed/clients_test.sh" "$work/moved"
+library=$(find "$work/moved" -name 'libTarnelLib.so.?')
+[ ! -e "$work/moved/bin/tarnel" ] || LD_LIBRARY_PATH=$(dirname "$library") "$work/moved/bin/tarnel" --help >/dev/null

@@ -1,0 +1,28 @@
+# Bundles the page in the directory of OUTPUT, with NODE and NPM. Where the packages cannot be had, OUTPUT is empty, and
+# so old that the next build tries again: the rest of the build does not depend on a network.
+get_filename_component(directory ${OUTPUT} DIRECTORY)
+set(lock ${CMAKE_CURRENT_LIST_DIR}/package-lock.json)
+set(installed ${directory}/node_modules/.installed)
+file(COPY ${CMAKE_CURRENT_LIST_DIR}/src ${CMAKE_CURRENT_LIST_DIR}/package.json ${lock} ${CMAKE_CURRENT_LIST_DIR}/.npmrc
+    ${CMAKE_CURRENT_LIST_DIR}/build.js DESTINATION ${directory})
+file(SHA256 ${lock} wanted)
+set(found "")
+if(EXISTS ${installed})
+    file(READ ${installed} found)
+endif()
+set(result 0)
+if(NOT found STREQUAL wanted)
+    execute_process(COMMAND ${NPM} ci --loglevel=error WORKING_DIRECTORY ${directory} RESULT_VARIABLE result
+        OUTPUT_VARIABLE said ERROR_VARIABLE said)
+    if(result EQUAL 0)
+        file(WRITE ${installed} ${wanted})
+    endif()
+endif()
+if(result EQUAL 0)
+    execute_process(COMMAND ${NODE} build.js ${OUTPUT} WORKING_DIRECTORY ${directory} COMMAND_ERROR_IS_FATAL ANY)
+else()
+    string(REPLACE "\n" "\n  " said "${said}")
+    message(WARNING "The tool has no report, as npm could not install what it is made of:\n  ${said}")
+    file(WRITE ${OUTPUT} "")
+    execute_process(COMMAND touch -d @0 ${OUTPUT})
+endif()
