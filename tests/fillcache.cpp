@@ -33,11 +33,8 @@ void write(const tarnel::Cache &cache, std::chrono::seconds duration)
     std::cout << events << ' ' << refused << '\n';
 }
 
-} // namespace
-
-int main(int count, char **arguments)
+void run(const std::vector<std::string> &given)
 {
-    const std::vector<std::string> given(arguments + 1, arguments + count);
     const auto number = [&](std::size_t i) { return static_cast<unsigned int>(std::stoul(given.at(i))); };
     const generator::Centre centre(1, {.sites = number(1), .events = number(2)});
     std::filesystem::current_path(given.at(0));
@@ -61,5 +58,17 @@ int main(int count, char **arguments)
         std::cin.get();
     else if (then == "write")
         write(cache, std::chrono::seconds(number(4)));
-    return 0;
+}
+
+} // namespace
+
+int main(int count, char **arguments)
+{
+    try {
+        run({arguments + 1, arguments + count});
+        return 0;
+    } catch (const std::exception &failure) {
+        std::cerr << failure.what() << '\n';
+        return 1;
+    }
 }
