@@ -67,7 +67,8 @@ void runRedact(Shared &shared, const RedactOptions &options)
     {
         // Made anew, row by row: a copy would have the texts in the pages that deleted rows have left.
         SQLite::Database made(file.path(), SQLite::OPEN_READWRITE);
-        lib::WriteConnection writer([] {});
+        lib::ReadMark unused([] {}); // Nobody reads beside it.
+        lib::WriteConnection writer([] {}, unused);
         writer.attach(made.getHandle());
         const bool isMade = lib::Database::createTables(writer);
         require(isMade ? SQLITE_OK : SQLITE_ERROR, made.getHandle());
