@@ -164,10 +164,11 @@ TEST_F(Reads, thatRestLetOthersEmptyTheLog)
     addOneOfEverything();
     EXPECT_TRUE(waitUntil([] { return std::filesystem::file_size("CacheDb-wal") == 0; }));
     Connection foreign;
-    foreign.ask("PRAGMA busy_timeout=0");
-    const auto isEmptied = [&] { return foreign.ask("PRAGMA wal_checkpoint(TRUNCATE)")[0] == '0'; };
+    const auto isEmptied = [&] {
+        return foreign.ask("PRAGMA busy_timeout=0; PRAGMA wal_checkpoint(TRUNCATE)").starts_with("0\n0");
+    };
     EXPECT_TRUE(waitUntil([&] {
-        foreign.ask("UPDATE Domains SET DomainsId=1");
+        foreign.ask("PRAGMA busy_timeout=5000; UPDATE Domains SET DomainsId=1");
         for (int read = 0; read < 1000; ++read)
             EXPECT_EQ(call("getDomain", {1})[0], '0');
         return !isEmptied();
