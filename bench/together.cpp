@@ -77,11 +77,9 @@ Calls Stage::addingSites()
 
 std::vector<TogetherWorkload> togetherWorkloads()
 {
-    return {{"W11", measureReadsBesideWrites},
-            {"W11-large", measureReadsBesideLargeWrites},
-            {"W12", measureReaders},
-            {"W13-adds", measureAdders},
-            {"W13-log", measureLog}};
+    return {{"W11", measureReadsBesideWrites}, {"W11-large", measureReadsBesideLargeWrites},
+            {"W12", measureReaders},           {"W13-adds", measureAdders},
+            {"W13-log", measureLog},           {"W14", measureWrapper}};
 }
 
 } // namespace bench

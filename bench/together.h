@@ -66,5 +66,7 @@ void measureReaders(Stage &stage);
 void measureAdders(Stage &stage);
 /// The log that they leave beside threads that read without rest.
 void measureLog(Stage &stage);
+/// The same calls through the wrapper for C++ and without it, by one thread.
+void measureWrapper(Stage &stage);
 
 } // namespace bench
