@@ -66,7 +66,7 @@ endif()
 if(DOXYGEN AND DOXYGEN_AWESOME)
     tarnel_package(doc NAME tarnel-doc SECTION doc ARCHITECTURE all
         SUMMARY "local cache of a monitoring service (documentation)"
-        DESCRIPTION "${about}\n.\nThis is the guide for developers of clients, the reference of the functions, and\nJSON Schemas of the requests.")
+        DESCRIPTION "${about}\n.\nThis is the guide for developers of clients, the reference of the\nfunctions, and JSON Schemas of the requests.")
 endif()
 if(TARNEL_TOOLS)
     tarnel_package(tools NAME tarnel-tools SECTION utils DEPENDS "${library} (= ${PROJECT_VERSION})"
