@@ -7,6 +7,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <fstream>
+#include <iterator>
+
 namespace client {
 
 using Diagnostics = DirectoryTest;
@@ -42,12 +45,26 @@ TEST_F(Diagnostics, reasonsOfArgumentsNameTheArgument)
     }
     EXPECT_EQ(tarnelCheckVersion(tarnelVersion(), TARNEL_LAYOUT), TARNEL_SUCCESS);
     EXPECT_EQ(tarnelCheckVersion(TARNEL_VERSION, TARNEL_LAYOUT + 1), TARNEL_INVALID_ARGUMENT);
-    EXPECT_STREQ(tarnelCodeName(TARNEL_WRITE_FAILED), "TARNEL_WRITE_FAILED");
     EXPECT_STREQ(tarnelCodeAdvice(1), "");
     if (const pid_t child = ::fork(); child == 0)
         ::_exit(clearAll() == TARNEL_NOT_AVAILABLE && std::string(tarnelReason()).find("forked") < 50 ? 0 : 1);
     int status = 1;
     EXPECT_TRUE(::wait(&status) > 0 && status == 0);
+}
+
+/// What a program says of a code is what a reader finds in the README.
+TEST(Codes, haveTheirNamesInTheReadme)
+{
+    std::ifstream file(TARNEL_README);
+    const std::string readme{std::istreambuf_iterator(file), {}};
+    unsigned int codes = 0;
+    for (unsigned int code = 0; code < 256; ++code) {
+        const std::string name = tarnelCodeName(code);
+        const bool isListed = readme.find("\n| " + std::to_string(code) + " | `" + name + "` |") != std::string::npos;
+        EXPECT_EQ(isListed, *tarnelCodeAdvice(code) != '\0') << code << name;
+        codes += isListed ? 1 : 0;
+    }
+    EXPECT_EQ(codes, 14U);
 }
 
 TEST_F(Diagnostics, everyThreadLearnsWhyThereIsNoDatabase)
