@@ -11,7 +11,7 @@
 namespace tarnelLib::diagnostics {
 
 /// A UTF-8 text, zero-terminated, in a block of fixed size: it can be written where memory is short. What does not fit
-/// is cut off, and a control character, which a terminal might obey, becomes a question mark.
+/// is cut off.
 template <std::size_t capacity>
 class FixedText
 {
@@ -20,23 +20,19 @@ public:
     [[nodiscard]] std::string_view view() const { return {m_text.data(), m_size}; }
     [[nodiscard]] const char *terminated() const { return m_text.data(); }
 
+    /// Of the library's own, as it stands.
     void append(std::string_view text)
     {
         std::size_t fitting = std::min(text.size(), capacity - 1 - m_size);
         // Not in the middle of a character.
         while (fitting > 0 && fitting < text.size() && (static_cast<unsigned char>(text[fitting]) & 0xc0) == 0x80)
             --fitting;
-        for (const char byte : text.substr(0, fitting)) {
-            const auto value = static_cast<unsigned char>(byte);
-            if (value >= 0x80 && value < 0xa0 && m_size > 0 && m_text[m_size - 1] == '\xc2')
-                m_text[m_size - 1] = '?';
-            else
-                m_text[m_size++] = value < 0x20 || value == 0x7f ? '?' : byte;
-        }
+        text.copy(&m_text[m_size], fitting);
+        m_size += fitting;
         m_text[m_size] = '\0';
     }
 
-    /// Of UTF-16. What a terminal might obey or hide stands here as its number.
+    /// From outside. What a terminal might obey or hide stands here as its number.
     void append(std::u16string_view units)
     {
         for (std::size_t i = 0; i < units.size(); ++i) {

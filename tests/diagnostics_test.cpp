@@ -1,4 +1,6 @@
-#include "client.h"
+#include "databasefile.h"
+#include "exports.h"
+#include "failures.h"
 
 #include <tarnel/diagnostics.h>
 
@@ -65,6 +67,42 @@ TEST(Codes, haveTheirNamesInTheReadme)
         codes += isListed ? 1 : 0;
     }
     EXPECT_EQ(codes, 14U);
+}
+
+/// A client that invents keys does not fill a log: there is room for so many mistakes, and the others are counted.
+TEST_F(Diagnostics, mistakesWithoutEndAreCounted)
+{
+    constexpr unsigned int mistakes = 3000;
+    const RunningCache cache;
+    std::string records;
+    for (unsigned int id = 0; id < mistakes; ++id)
+        records.append(id > 0 ? "," : "").append(R"({"id":1,"k)" + std::to_string(id) + "\":1}");
+    takeLog(Log::Requests);
+    for (unsigned int round = 1; round <= 2; ++round) {
+        EXPECT_EQ(call("addUsers", {items(records)}), "0");
+        EXPECT_EQ(tarnelSuspicions(), round * mistakes);
+        const std::size_t told = takeLog(Log::Requests).size();
+        EXPECT_TRUE(round == 1 ? told > 500 && told <= 1024 : told == 0) << told;
+    }
+    EXPECT_EQ(call("addUsers", {R"({"D":)" + std::string(2000, '[')}), "10");
+    EXPECT_STREQ(tarnelReason(), "addUsers: line 1, offset 1028: there are more than 1024 levels");
+}
+
+TEST_F(Diagnostics, reasonsAreCutBetweenCharacters)
+{
+    const RunningCache cache;
+    ask("ALTER TABLE Users RENAME TO Former");
+    for (std::string name : {"", "a"}) {
+        for (int i = 0; i < 300; ++i)
+            name += "ж";
+        ask("CREATE VIEW Users AS SELECT * FROM \"" + name + "\"");
+        EXPECT_EQ(call("getUsers"), "7");
+        std::string reason = tarnelReason();
+        reason.erase(reason.find_last_not_of(' ') + 1);
+        EXPECT_TRUE(reason.starts_with("getUsers: get users error: no such table: main.") && reason.ends_with("жж"))
+            << reason;
+        ask("DROP VIEW Users");
+    }
 }
 
 TEST_F(Diagnostics, everyThreadLearnsWhyThereIsNoDatabase)
