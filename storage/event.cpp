@@ -141,9 +141,10 @@ bool readBack(Connection &reader, std::span<const Event> events, Structures<Even
 {
     std::vector<quint32> identifiers(events.size());
     std::ranges::transform(events, identifiers.begin(), &Event::id);
-    Query query = reader.prepare([] {
+    const auto select = [] {
         return sql::select(Table<Event>::selection(sql::JoinKind::Inner)) + sql::whereIsListed(columnOf(&Event::id));
-    });
+    };
+    Query query = reader.prepare(select);
     query->bindList(1, identifiers);
     return reader.readAll(std::move(query), stored, "get events by ids error");
 }
