@@ -157,6 +157,37 @@ TEST_F(Reads, andWritesDoNotKeepTheLogFromBeingFolded)
     }
 }
 
+/// Not even beside a read that does not end: from 64 MiB on, a write waits for it.
+TEST_F(Reads, withoutEndDoNotLetTheLogGrowWithoutBound)
+{
+    std::atomic<bool> isReading = false;
+    std::atomic<bool> isReadReleased = false;
+    onInterrupt([&] {
+        isReading = true;
+        waitUntil([&] { return isReadReleased.load(); });
+    });
+    const RunningCache cache;
+    EXPECT_EQ(call("addLocales", {items(R"({"id":1})")}), "0");
+    ask("ALTER TABLE Locales RENAME TO Real; CREATE VIEW Locales AS SELECT * FROM Real WHERE interrupt()");
+    std::jthread reader([] { EXPECT_EQ(call("getLocales"), "0 1"); });
+    EXPECT_TRUE(waitUntil([&] { return isReading.load(); }));
+    const std::string request = items(R"({"id":#,"name":")" + std::string(3900, 'n') + "\"}", 1, 4000); // 16 MB.
+    constexpr int enough = 8;
+    std::atomic<int> adds = 0;
+    std::jthread writer([&] {
+        for (; adds < enough; ++adds)
+            EXPECT_EQ(call("addUsers", {request}), "0");
+    });
+    const auto megabytes = [] { return std::filesystem::file_size("CacheDb-wal") >> 20; };
+    EXPECT_TRUE(waitUntil([&] { return megabytes() >= 64; }));
+    std::this_thread::sleep_for(500ms);
+    EXPECT_LT(adds, enough);
+    EXPECT_LT(megabytes(), 64 + 20U);
+    isReadReleased = true;
+    writer.join();
+    EXPECT_LT(megabytes(), 64 + 20U);
+}
+
 /// Frequent reads hold a state of the file, which keeps others from emptying the log: a moment longer than they last.
 TEST_F(Reads, thatRestLetOthersEmptyTheLog)
 {
