@@ -1,4 +1,6 @@
+#include "databasefile.h"
 #include "exports.h"
+#include "failures.h"
 
 #include <algorithm>
 #include <random>
@@ -83,6 +85,21 @@ TEST(Events, areTheSameWhateverTheWayToThem)
         EXPECT_TRUE(lookedUp == joined);
         std::erase_if(answered, [](const std::string &event) { return event.find("|-|") == event.find('|'); });
         EXPECT_TRUE(lookedUp == answered);
+    }
+}
+
+/// Also for events that have no zone to be looked up.
+TEST(Events, cannotBeReadWithoutTheTablesOfTheirNames)
+{
+    for (const unsigned int count : {3U, 3000U}) {
+        const TemporaryDirectory directory;
+        const RunningCache cache;
+        EXPECT_EQ(call("addDevices", {items(R"({"id":1})")}), "0");
+        EXPECT_EQ(call("addEvents", {items(R"({"id":#,"time":1,"device":1})", 1, count)})[0], '0');
+        ask("DROP TABLE Zones");
+        takeLog();
+        EXPECT_EQ(call("getEvents", {0, 100}), "7");
+        expectLogOf(stepsOf("getEvents"), "no such table: Zones Unable to execute statement");
     }
 }
 

@@ -171,6 +171,47 @@ TEST_F(Faults, ofMemoryLeaveCallsTrue)
     }
 }
 
+/// Each time it is its thread's first failure, which takes memory to remember: a shorter reason must do without.
+TEST_F(Faults, ofMemoryLeaveRefusalsTrue)
+{
+    Cache cache;
+    launch(cache, Journal::Log);
+    struct Refusal {
+        std::string function;
+        std::vector<Argument> inputs;
+        std::string code, reason, shortReason;
+    };
+    const std::string wrongValue = "a key is missing, or a value is of the wrong type";
+    const std::string wrongArgument = "an argument cannot be used";
+    const Refusal refusals[] = {
+        {"updateUser", {item(R"({"id":1,"name":null})")}, "5", R"("name": null, a string is expected)", wrongValue},
+        {"updateUser", {"{} {"}, "10", "line 1, offset 3: nothing more is expected", wrongArgument},
+        {"getUsersWithParams", {"nmae", "x"}, "10", R"(users have no field "nmae" to filter by)", wrongArgument}};
+    Circumstance memory = shortMemory().front();
+    memory.density = 1000;
+    Tally tally("refusals that are short of memory");
+    const auto expectRefusal = [&](const Refusal &refusal, bool isShort) {
+        const std::string told = tarnelReason();
+        const bool isTrue = told == refusal.function + ": " + refusal.reason ||
+                            (isShort && (told == refusal.shortReason || told.ends_with(": " + refusal.shortReason)));
+        EXPECT_TRUE(isTrue) << told;
+    };
+    for (const Refusal &refusal : refusals) {
+        tryEach(memory, [&](faults::Faults requests) {
+            bool hasStruck = false;
+            std::thread([&] {
+                memory.begin(requests);
+                const std::string answer = call(refusal.function, refusal.inputs);
+                hasStruck = memory.end();
+                EXPECT_EQ(answer, refusal.code);
+                expectRefusal(refusal, hasStruck);
+            }).join();
+            tally.count(hasStruck);
+            return hasStruck;
+        });
+    }
+}
+
 /// A commit copies a long log into the main file, and an exit puts it away.
 TEST_F(Faults, ofTheDiskLeaveTheLogWhole)
 {

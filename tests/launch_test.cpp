@@ -222,19 +222,4 @@ TEST_F(Launch, logsWhyTheDiskGivesNoDatabase)
     }
 }
 
-TEST_F(Launch, saysThatQtHasNoDriverAndMakesNoFile)
-{
-    const auto launchWithoutPlugins = [] {
-        QCoreApplication::setLibraryPaths({});
-        const RunningCache cache;
-        const auto code = static_cast<int>(getLaunchCacheResult());
-        const bool isFileMade = !fs::is_empty(".");
-        fs::remove_all(fs::current_path());
-        ::_exit(isFileMade ? 1 : code);
-    };
-    // In a process that has loaded no driver yet.
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    EXPECT_EXIT(launchWithoutPlugins(), testing::ExitedWithCode(6), "No database: Qt has no driver for SQLite");
-}
-
 } // namespace client

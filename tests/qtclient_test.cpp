@@ -1,5 +1,7 @@
 #include "client.h"
 
+#include <tarnel/diagnostics.h>
+
 #include <QAbstractEventDispatcher>
 #include <QCoreApplication>
 #include <QSocketNotifier>
@@ -126,6 +128,18 @@ TEST_F(QtClient, keepsItsApplicationObjectItsTimersAndItsLoop)
     hasQuit = true;
     worker.join();
     EXPECT_EQ(QCoreApplication::instance(), &app);
+}
+
+/// As one that is shipped without Qt's plugins.
+TEST_F(QtClient, learnsThatItHasNoDriverForSqlite)
+{
+    QCoreApplication::setLibraryPaths({});
+    std::jthread launched(launchCache);
+    EXPECT_TRUE(waitUntil([] { return getState() == TARNEL_STATE_RUNNING; }));
+    EXPECT_EQ(getLaunchCacheResult(), TARNEL_DATABASE_UNAVAILABLE);
+    EXPECT_STREQ(tarnelReason(), "getLaunchCacheResult: No database: Qt has no driver for SQLite, QSQLITE");
+    EXPECT_FALSE(std::filesystem::exists("CacheDb"));
+    exitCache();
 }
 
 /// A client with one thread only gives that one to the cache, and exits it from its own slots.
