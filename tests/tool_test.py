@@ -262,6 +262,7 @@ class ToolTest(unittest.TestCase):
                 (["events", source, "--from", "now"], 64, "2026-03-01"),
                 (["stats", self.path / "garbage"], 3, "tarnel info"), (["redact", source], 64, "--output"),
                 (["import", self.path / "new", self.path / "bad"], 3, "line 1:"),
+                (["import", self.path / "bad", self.path / "bad"], 3, "Not a directory"),
                 (["redact", source, "-o", source / "CacheDb"], 3, "is there already")]:
             self.assertIn(text, tarnel(*arguments, status=status))
         # Whoever reads the output may stop, and a terminal's colours are for terminals.

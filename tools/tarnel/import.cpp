@@ -176,8 +176,12 @@ void importAll(Lines &lines, std::uint64_t done)
 void runImport(const ImportOptions &options)
 {
     Lines lines(options.lines);
-    std::filesystem::create_directories(options.directory);
-    std::filesystem::current_path(options.directory);
+    std::error_code error;
+    if (std::filesystem::create_directories(options.directory, error); !error)
+        std::filesystem::current_path(options.directory, error);
+    if (error)
+        throw Obstacle(fmt::format("{} cannot be used: {}", options.directory.string(), error.message()),
+                       "type the directory first, then the export: tarnel import new-cache export.jsonl");
     const std::uint64_t done = linesDone();
     if (done == 0 && !std::filesystem::exists(progressFile) && std::filesystem::exists("CacheDb"))
         throw Obstacle(fmt::format("{} has a CacheDb already", options.directory.string()),
