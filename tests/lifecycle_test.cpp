@@ -142,9 +142,9 @@ TEST_F(Lifecycle, callsWithoutRestLeaveNothingBehind)
         std::optional<RunningCache> cache(std::in_place);
         EXPECT_EQ(call("addDevices", {devices}), "0");
         if (isUsed) {
-            callMixed(calls / 4);
+            callMixed(calls / 2);
             const std::pair<long, long> early = footprint();
-            callMixed(calls - calls / 4);
+            callMixed(calls / 2);
             expectNoGrowth(early, 256);
             EXPECT_EQ(call("clearAll"), "0");
             EXPECT_EQ(call("addDevices", {devices}), "0");
