@@ -23,12 +23,13 @@ public:
     /// Of the library's own, as it stands.
     void append(std::string_view text)
     {
-        std::size_t fitting = std::min(text.size(), capacity - 1 - m_size);
+        std::size_t fitting = m_isCut ? 0 : std::min(text.size(), capacity - 1 - m_size);
         // Not in the middle of a character.
         while (fitting > 0 && fitting < text.size() && (static_cast<unsigned char>(text[fitting]) & 0xc0) == 0x80)
             --fitting;
         text.copy(&m_text[m_size], fitting);
         m_size += fitting;
+        m_isCut = m_isCut || fitting < text.size(); // What comes next might fit, and would not belong there.
         m_text[m_size] = '\0';
     }
 
@@ -73,6 +74,7 @@ private:
 
     std::array<char, capacity> m_text{};
     std::size_t m_size = 0;
+    bool m_isCut = false;
 };
 
 } // namespace tarnelLib::diagnostics
