@@ -28,7 +28,7 @@ const fuzz::Function &pickFunction(Generator &generator)
 
 std::string makeLine(const fuzz::Function &function, Generator &generator)
 {
-    if (generator.oneIn(60))
+    if (generator.oneIn(10000)) // A launch takes as long as twenty programs, and what it reaches is soon reached.
         return std::string(commands.at(generator.below(commands.size())));
     std::string line;
     if (function.parameters > 0 && generator.oneIn(30))

@@ -2,6 +2,7 @@
 
 #include "cache.h"
 
+#include <tarnel/diagnostics.h>
 #include <tarnel/tarnel.h>
 
 #include <algorithm>
@@ -102,7 +103,7 @@ Answer callChecked(const Function &function, const Call &call, Found found)
     if (found == Found::NoCache ? answer.code != TARNEL_NOT_AVAILABLE
         : answer.isRefused      ? answer.code != TARNEL_INVALID_ARGUMENT
                                 : !isOfContract(function, answer.code, found))
-        fail(function.name, "code " + std::to_string(answer.code));
+        fail(function.name, "code " + std::to_string(answer.code) + ", " + tarnelReason());
     if (committed < least || committed > most)
         fail(function.name, std::to_string(committed) + " commits and code " + std::to_string(answer.code));
     const bool isWrite = !isRead(function.name);
