@@ -3,6 +3,7 @@
 #include <csignal>
 #include <iostream>
 #include <sys/mman.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -14,6 +15,7 @@ Child::Child(const std::function<void()> &work)
     m_process = ::fork();
     if (m_process != 0)
         return;
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL); // Or it would go on without the test, for ever if it waits for it.
     try {
         work();
     } catch (const std::exception &exception) {
