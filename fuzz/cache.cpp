@@ -21,17 +21,27 @@ namespace fuzz {
 namespace {
 
 std::atomic<std::size_t> commitCount = 0;
+std::atomic<void *> committing = nullptr; ///< The connection that has counted last.
 
-int countCommit(void *)
+int countCommit(void *connection)
 {
     ++commitCount;
+    committing = connection;
     return 0;
+}
+
+/// It counts before it is carried out: on a spoiled file it may fail.
+void discountCommit(void *connection)
+{
+    if (committing.exchange(nullptr) == connection)
+        --commitCount;
 }
 
 /// What SQLite calls with each connection that is opened in the process.
 int watch(sqlite3 *connection, const char **, const sqlite3_api_routines *)
 {
-    sqlite3_commit_hook(connection, countCommit, nullptr);
+    sqlite3_commit_hook(connection, countCommit, connection);
+    sqlite3_rollback_hook(connection, discountCommit, connection);
     return SQLITE_OK;
 }
 
@@ -87,6 +97,7 @@ void Cache::exit()
 
 std::size_t commits()
 {
+    committing = nullptr;
     return commitCount;
 }
 

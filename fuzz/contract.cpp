@@ -105,7 +105,8 @@ Answer callChecked(const Function &function, const Call &call, Found found)
                                 : !isOfContract(function, answer.code, found))
         fail(function.name, "code " + std::to_string(answer.code) + ", " + tarnelReason());
     if (committed < least || committed > most)
-        fail(function.name, std::to_string(committed) + " commits and code " + std::to_string(answer.code));
+        fail(function.name,
+             std::to_string(committed) + " commits and code " + std::to_string(answer.code) + ", " + tarnelReason());
     const bool isWrite = !isRead(function.name);
     if (found == Found::SoundFile && isWrite && answer.code == TARNEL_SUCCESS && !answer.records.empty())
         compareWithStored(function, answer);
