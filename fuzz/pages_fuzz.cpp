@@ -168,8 +168,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     content = file.original();
     for (std::size_t i = 0; i + fuzz::Change::extent <= size; i += fuzz::Change::extent)
         fuzz::spoil(content, fuzz::Change(data + i, fuzz::Change::extent));
-    // It says whether the tables are still those that a connection knows: one that had met other tables on spoiled
-    // pages would not look again when they are mended.
+    // The first page stays. It says whether the tables are still those that a connection knows: one that had met other
+    // tables on spoiled pages would not look again when they are mended.
     content.replace(0, fuzz::pageSize, file.original(), 0, fuzz::pageSize);
     file.change(content);
     reads.readSpoiled(file);
