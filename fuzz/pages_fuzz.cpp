@@ -34,9 +34,11 @@ public:
         if (std::filesystem::file_size("CacheDb-wal") != 0)
             fuzz::fail("wal_checkpoint", "pages are left in the log");
         sqlite3_prepare_v2(m_writer, "UPDATE turn SET number=number+1", -1, &m_turn, nullptr);
-        // Never closed: with it the process's locks of the file would go.
+        // Opened once and never closed: with that the process's locks of the file would go.
         m_descriptor = open("CacheDb", O_RDWR | O_CLOEXEC);
-        m_original = fuzz::readFile("CacheDb");
+        m_original.resize(std::filesystem::file_size("CacheDb"));
+        if (pread(m_descriptor, m_original.data(), m_original.size(), 0) != static_cast<ssize_t>(m_original.size()))
+            fuzz::fail("pread", "the file was not read");
     }
 
     [[nodiscard]] const std::string &original() const { return m_original; }
